@@ -1,0 +1,294 @@
+// CPlan: one well plan and the whole planning engine.
+//
+// A plan is an ordered array of stations. Station 0 is the tie-on station; every later station ends a
+// planned line or one stored part of a line, and carries the method code that says how the line is
+// specified. The client fills the public transfer fields and calls PutData(line); the plan stores the
+// line and re-solves itself; GetData(line) fills the transfer fields with the solved line, and
+// ErrorMessage() gives the text of the current error.
+//
+// Frame and units, for every routine of the class:
+//   - directions are (east, north, down) = (sin A sin I, cos A sin I, cos I); inclination I from the
+//     downward vertical, azimuth A clockwise from north; positions are (tvd, ns, ew), down positive;
+//   - every angle is [rad], every dogleg severity, build and turn rate [rad/L], lengths [L] in the
+//     application's own length unit. Degrees and rates per 100 or 30 units belong to the client;
+//   - getdaz wraps an angle difference into (-pi, pi], deltaz an azimuth into [0, 2 pi).
+//
+// Failures never throw: every operation reports through m_nError (0 or a code of plan/ErrorCodes.h)
+// and the bool results where a routine has one. No operation reads or writes outside its arrays.
+// A plan object owns everything it uses; it is not safe for concurrent use.
+#pragma once
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "plan/ErrorCodes.h"
+#include "plan/OrrinExport.h"
+#include "plan/Records.h"
+
+/// Makes the library's resources reachable to a host application framework. Where there is no such
+/// framework (every platform this library is built for) it does nothing.
+ORRIN_API void InitOrrinDLL();
+
+class ORRIN_API CPlan {
+public:
+    // ---- Error and selectors ------------------------------------------------------------------
+    int m_nError = 0;       ///< error code of the last operation: 0 or a negative orrin::PlanError
+    int m_nFamily = 0;      ///< method family of the line being put or read [-]
+    int m_nSubMethod = 0;   ///< variant within the family [-]
+    int m_bConstTF = 0;     ///< used as bool: constant-toolface variant of drop/turn lines
+
+    // ---- Line values (transfer fields) ----------------------------------------------------------
+    double m_dVS = 0.0;     ///< vertical section of the line's end [L]
+    double m_dMD = 0.0;     ///< measured depth [L]
+    double m_dInc = 0.0;    ///< inclination [rad]
+    double m_dAzi = 0.0;    ///< azimuth [rad]
+    double m_dTF = 0.0;     ///< toolface [rad]
+    double m_dTVD = 0.0;    ///< true vertical depth [L]
+    double m_dDLS = 0.0;    ///< dogleg severity [rad/L]
+    double m_dBuild = 0.0;  ///< build rate [rad/L]
+    double m_dTurn = 0.0;   ///< turn rate [rad/L]
+
+    // ---- Two-dimensional profile ------------------------------------------------------------------
+    int m_nSolveFor1 = 0;     ///< first unknown of a 2D profile: 1, 4 or 7 (see meth2d) [-]
+    int m_nSolveFor2 = 0;     ///< second unknown of a 2D profile [-]
+    int m_nProfileType = 0;   ///< 1 slant, 2 S-shape [-]
+    double m_dBuildDLS = 0.0; ///< signed curvature of the build arc [rad/L]
+    double m_dDropDLS = 0.0;  ///< signed curvature of the drop arc [rad/L]
+    double m_dLength1 = 0.0;  ///< kick-off hold; back-target tvd for a backward line [L]
+    double m_dLength2 = 0.0;  ///< tangent hold; back-target north for a backward line [L]
+    double m_dLength3 = 0.0;  ///< final hold; back-target east for a backward line [L]
+    double m_dHoldInc = 0.0;  ///< tangent inclination [rad]
+    double m_dFinalInc = 0.0; ///< final inclination of an S-shape [rad]
+
+    // ---- Target ---------------------------------------------------------------------------------------
+    std::u16string m_strTarget;   ///< back-target name of a "BACK Target" line
+    bool m_bTargetFlag = false;   ///< back-target flag
+    int m_nTargetMethod = 0;      ///< variant of the target families, 1 to 8 [-]
+    double m_dMethodParam1 = 0.0; ///< first dogleg severity [rad/L]
+    double m_dMethodParam2 = 0.0; ///< second dogleg severity [rad/L]
+    double m_dMethodParam3 = 0.0; ///< a length (tangent) [L]
+    double m_dMethodParam4 = 0.0; ///< an angle [rad] or a depth [L], by method
+    double m_dMethodParam5 = 0.0; ///< a vertical depth [L]
+    double m_dMethodParam6 = 0.0; ///< a vertical depth [L]
+    double m_dMethodParam7 = 0.0; ///< build rate [rad/L]
+    double m_dMethodParam8 = 0.0; ///< turn rate [rad/L]
+    STarget m_target;             ///< the target transfer record
+
+    // ---- Cursor and range -----------------------------------------------------------------------
+    int m_nFirst = 0;  ///< first stored station of the current or failing line [-]
+    int m_nLast = 0;   ///< last stored station of the current or failing line [-]
+    int m_nPrev = 0;   ///< station from which the current line starts: the solve cursor [-]
+
+    // ---- Working stations -----------------------------------------------------------------------
+    SStation m_stnA;     ///< scratch, and the answer of every interpolation
+    SStation m_stnPrev;  ///< copy of the station where the current line starts
+    SStation m_stnC;     ///< where the current line ends
+    std::u16string m_strWalkTarget;  ///< name of the bit-walk target
+    double m_dBuildRadius = 0.0;     ///< signed build radius of a 2D profile [L]
+    double m_dDropRadius = 0.0;      ///< signed drop radius of a 2D profile [L]
+    double m_dStartInc = 0.0;        ///< start inclination of a 2D profile [rad]
+    double m_dDisplacement = 0.0;    ///< horizontal distance from the start to the target [L]
+    double m_dDepthToTarget = 0.0;   ///< target tvd minus start tvd of a 2D profile [L]
+    double m_dWalkTargetTVD = 0.0;   ///< real walk-target depth, kept while the aim moves [L]
+    double m_dWalkTargetNS = 0.0;    ///< real walk-target north [L]
+    double m_dWalkTargetEW = 0.0;    ///< real walk-target east [L]
+    double m_dWalkedNS = 0.0;        ///< walked north reached at m_nWalkLine [L]
+    double m_dWalkedEW = 0.0;        ///< walked east reached at m_nWalkLine [L]
+    double m_dWalkedTVD = 0.0;       ///< walked depth reached at m_nWalkLine [L]
+    int m_nWalkEntries = 0;          ///< walk-table entries in use [-]
+    int m_nWalkStations = 0;         ///< stations written into m_walkStations [-]
+    int m_nWalkLine = 0;             ///< station that carries the walk target [-]
+
+    // ---- Transfer flags ------------------------------------------------------------------------
+    // GetData sets the flags after m_bHorizontalTurn for the line it reads. The m_bGiven... flags
+    // tell a client form which fields the line's method takes as input (true) and which are results
+    // (false); an insert point, an empty line, marks every field as input.
+    bool m_bHorizontalTurn = false;  ///< turn rates are horizontal-plane rates (dA/dMD = h / sin I)
+    bool m_bLineStart = false;       ///< the line number asked for is the line's own first station
+    bool m_bGivenMD = false;         ///< the method takes the measured depth as given
+    bool m_bGivenInc = false;        ///< ... the end inclination
+    bool m_bGivenAzi = false;        ///< ... the end azimuth
+    bool m_bGivenTVD = false;        ///< ... the vertical depth (or a target that sets it)
+    bool m_bGivenDLS = false;        ///< ... the dogleg severity
+    bool m_bGivenTF = false;         ///< ... the toolface
+    bool m_bGivenBuild = false;      ///< ... the build rate
+    bool m_bGivenTurn = false;       ///< ... the turn rate
+    bool m_bGivenVS = false;         ///< ... the vertical section
+    bool m_bGivenTarget = false;     ///< ... a target (name and position)
+    bool m_bGivenParams = false;     ///< ... profile lengths or method parameters
+    bool m_bBackIncFollows = false;  ///< a backward line to inclination (-40 or -60) follows
+    bool m_bLineStartCopy = false;   ///< repeats m_bLineStart
+    bool m_bBackIncAziFollows = false;  ///< the backward line that follows is -60
+
+    // ---- Arrays -----------------------------------------------------------------------------------
+    std::vector<std::pair<double, double>> m_walk;  ///< walk table: (tvd [L], walk rate [rad/L])
+    std::vector<SStation> m_stations;               ///< the plan; index 0 is the tie-on station
+    std::vector<SStation> m_saved;                  ///< saved copy of m_stations
+    std::vector<STarget> m_targets;                 ///< the targets, indexed by the client
+    std::vector<SStation> m_walkStations;           ///< the walked profile of the bit-walk
+
+    // ---- Vertical section --------------------------------------------------------------------------
+    double m_dVSAzi = 0.0;    ///< azimuth of the vertical-section plane [rad]
+    double m_dVSNorth = 0.0;  ///< north of the section origin [L]
+    double m_dVSEast = 0.0;   ///< east of the section origin [L]
+
+    /// The target key written into the station before a backward line: "BACKTARGET".
+    static const std::u16string K_BACKTARGET;
+
+    // ==== Plan records and storage (plan/MethodNames.cpp, plan/Storage.cpp) ====================
+    CPlan();
+    CPlan(const CPlan& other);
+    CPlan& operator=(const CPlan& other);
+    ~CPlan();
+
+    static std::u16string GetNameFromMethod(int code);
+    static bool IsTargetKeyValid(const std::u16string& key);
+
+    void NewData(int n);
+    void NewTarget(int n);
+    void LoadData(int i, const SStation& s);
+    void LoadTarget(int i, const STarget& t);
+    void DumpData(int i, SStation& s) const;
+    unsigned GetSize() const;
+    void Insert(int line, bool backward);
+    void Delete(int line);
+    void ClearAll();
+    void SaveData();
+    void RestoreData();
+
+    // ==== Putting and reading lines, errors (plan/Put.cpp, plan/Get.cpp, plan/ErrorMessage.cpp) ====
+    void PutData(int line);
+    int GetAddPoint() const;
+    void GetData(int line);
+    void GetDeltas(int i);
+    void GetLines(int line);
+    std::u16string ErrorMessage() const;
+
+    // ==== Angles and vectors (geometry/Angles.cpp) ===============================================
+    static double getdaz(double x);
+    static double deltaz(double x);
+    static double tangle(double a, double b);
+    static double normalize(double& x, double& y, double& z);
+    static void vector(double inc, double azi, double& e, double& n, double& v);
+    static double canvec(double v1, double n1, double e1, double v2, double n2, double e2,
+                         double& e, double& n, double& v);
+
+    // ==== Curvature steps and vertical section (geometry/Curvature.cpp, VerticalSection.cpp) ======
+    double ptoang();
+    void SetVS(double azi, double north, double east);
+    double GetVS(double north, double east) const;
+    double GetVSPoint(double vs, double north, double east, double azi, double& out1,
+                      double& out2) const;
+
+    // ==== Interpolation at depth (interp/DepthInterp.cpp) ==========================================
+    void mcmdint(double md, bool bConstTF);
+    void mcvdint(double tvd);
+    void rcmdint(double md);
+    void rcvdint(double tvd);
+    void btmdint(double md, bool bLineRates);
+    void ctmdint(double md, bool bLineRates);
+
+    // ==== Interpolation at angles and planes (interp/AngleInterp.cpp) =============================
+    bool rcincint(double inc, bool bMinCur);
+    bool rcaziint(double azi, bool bMinCur);
+    double scan_approx(int mode);
+    SIntercept scan_exact(int mode);
+    void mcnsint(double ns);
+    void mcewint(double ew);
+
+    // ==== Bit walk (interp/Walk.cpp) ===============================================================
+    void CalcWalk();
+    void RestoreWalk();
+
+    // ==== One-dimensional lines (methods1d/Method1D.cpp, BuildTurn.cpp, DropTurn.cpp, Ouija.cpp) ==
+    void meth1d();
+    void bttomd(double md, double build, double turn);
+    void bttotvd(double tvd, double build, double turn);
+    void dttomd(double md, double dls, double tf);
+    void dttotvd(double tvd, double dls, double tf);
+    void cttomd(double md, double dls, double tf);
+    void cttotvd(double tvd, double dls, double tf);
+    int OuijaCalcs(double md, bool incGiven, double inc, bool aziGiven, double azi, bool dlsGiven,
+                   double dls, bool tfGiven, double tf, SStation plane);
+
+    // ==== Target methods (targets/CurveToTarget.cpp) ================================================
+    double stagg(double tvd, double ns, double ew);
+    void meth_dtsch();
+
+private:
+    template <typename Tag>
+    friend struct PlanAccess;  // white-box tests reach private routines through this
+
+    // ==== Plan records and storage (plan/MethodNames.cpp, plan/Storage.cpp) ====================
+    static int gettyp(int code);
+    static void SetZero(SStation& s);
+    void resize();
+    void addone(int i);
+    void delone(int i);
+
+    // ==== Solving (plan/Solve.cpp, plan/Backward.cpp) ==============================================
+    void solval();
+    void DoBackwards(unsigned& i);
+
+    // ==== Putting and reading lines (plan/Put.cpp, plan/Get.cpp) ===================================
+    void putm1d(int station);
+    void putm2d(int variant);
+    void putm3d(short code);
+    void settar(int station, const STarget& target);
+    void gettar(int station, int code);
+    void getm2d(int previous, int line);
+    bool hasStation(int i) const;  ///< i indexes an existing station
+    short codeAt(int i) const;     ///< method code of station i, 0 outside the array
+
+    // ==== Angles and dogleg conversions (geometry/Angles.cpp) =====================================
+    double tarvec(double n1, double e1, double inc, double n2, double e2, double& e, double& n,
+                  double& v);
+    double lasvec(double tvd, double ns, double ew);
+    double getfo(double inc1, double azi1, double inc2, double azi2, double& dl, double& daz);
+    double hdls2daz(double h, double len, double inc0, double build) const;
+    double daz2hdls(double daz, double len, double inc0, double build) const;
+    double dazhdls2md(double daz, double h, double inc0, double build) const;
+
+    // ==== Curvature steps (geometry/Curvature.cpp) ===================================================
+    void mincur();
+    void radcur();
+    double backcal();
+
+    // ==== Single-line solvers (methods1d/Solvers.cpp) ==============================================
+    void solve1();
+    void solve2();
+    void solve3();
+    void solve4();
+    void solve6();
+    void solve8(int side);
+    void solve9(int side);
+    void solve10();
+    void solve11();
+    void solve12();
+    void solve13();
+
+    // ==== One-dimensional lines (methods1d/Method1D.cpp, BuildTurn.cpp, DropTurn.cpp) ===========
+    void meth_optdl1();
+    void build_turn();
+    void meth1b();
+    void constant_toolface();
+    void meth1c();
+
+    // ==== Bit walk (interp/Walk.cpp) ===============================================================
+    void wlkpro();
+
+    // ==== Two-dimensional profiles (targets/Profile2D.cpp) =========================================
+    void meth2d();
+    void angus();
+    void serr(double* p, double& dv, double& dh);
+
+    // ==== Three-dimensional dispatch and curve-to-target (targets/Dispatch3D.cpp, CurveToTarget.cpp)
+    void meth3d();
+    double stagj(double tvd, double ns, double ew, double k, int mode);
+    double manic(double e, double n, double v, double k);
+    void meth_dtoli();
+    void meth_dtctt();
+    void meth_dtctmd();
+    void meth_dtshc();
+};

@@ -1,0 +1,241 @@
+// The plan object's storage: sizes, copies, insert and delete, and bad indices.
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "plan/CPlan.h"
+#include "support/PlanAccess.h"
+
+struct StorageTag;
+template <>
+struct PlanAccess<StorageTag> {
+    static void addone(CPlan& p, int i) { p.addone(i); }
+    static void delone(CPlan& p, int i) { p.delone(i); }
+    static void resize(CPlan& p) { p.resize(); }
+};
+using Storage = PlanAccess<StorageTag>;
+
+namespace {
+
+SStation station(double md, short code) {
+    SStation s;
+    s.md = md;
+    s.method = code;
+    return s;
+}
+
+/// A plan of the given codes after the tie-on (code 2); station i has md 100 i.
+CPlan planOf(const std::vector<short>& codes) {
+    CPlan p;
+    p.NewData(static_cast<int>(codes.size()) + 1);
+    p.LoadData(0, station(0.0, 2));
+    for (std::size_t i = 0; i < codes.size(); ++i)
+        p.LoadData(static_cast<int>(i) + 1, station(100.0 * (i + 1), codes[i]));
+    return p;
+}
+
+std::vector<short> codes(const CPlan& p) {
+    std::vector<short> c;
+    for (unsigned i = 1; i < p.GetSize(); ++i) c.push_back(p.m_stations[i].method);
+    return c;
+}
+
+}  // namespace
+
+TEST(Storage, DefaultsAndSizes) {
+    CPlan p;
+    EXPECT_EQ(p.m_nError, 0);
+    EXPECT_TRUE(p.m_stations.empty());
+    EXPECT_EQ(p.GetSize(), 1u);  // the tie-on counts even before it exists
+    p.NewData(10);
+    EXPECT_EQ(p.m_stations.size(), 30u);
+    EXPECT_EQ(p.GetSize(), 1u);
+    p.NewData(-5);
+    EXPECT_EQ(p.m_stations.size(), 20u);
+    EXPECT_EQ(planOf({30, 1, 30}).GetSize(), 4u);
+    EXPECT_EQ(planOf({30, 0, 30}).GetSize(), 2u);  // the plan ends at the first code 0
+}
+
+TEST(Storage, NewDataKeepsTheDirectionCacheAndAux) {
+    CPlan p;
+    p.NewData(2);
+    SStation s = station(5.0, 30);
+    s.inc = s.azi = s.tvd = s.ns = s.ew = s.dls = s.tf = s.build = s.turn = 1.0;
+    s.ue = 0.1, s.un = 0.2, s.uv = 0.3, s.aux1 = 4.0, s.aux2 = 5.0, s.dl = 6.0;
+    s.target = u"T";
+    s.flag = true;
+    p.LoadData(1, s);
+    p.NewData(2);
+    const SStation& r = p.m_stations[1];
+    for (double v : {r.md, r.inc, r.azi, r.tvd, r.ns, r.ew, r.dls, r.tf, r.build, r.turn})
+        EXPECT_EQ(v, 0.0);
+    EXPECT_EQ(r.method, 0);
+    EXPECT_TRUE(r.target.empty());
+    EXPECT_FALSE(r.flag);
+    EXPECT_EQ(r.ue, 0.1);
+    EXPECT_EQ(r.un, 0.2);
+    EXPECT_EQ(r.uv, 0.3);
+    EXPECT_EQ(r.aux1, 4.0);
+    EXPECT_EQ(r.aux2, 5.0);
+    EXPECT_EQ(r.dl, 6.0);
+}
+
+TEST(Storage, LoadDumpAndBadIndices) {
+    CPlan p = planOf({30});
+    EXPECT_EQ(p.m_nPrev, 1);
+    EXPECT_EQ(p.m_nFirst, 1);
+    EXPECT_EQ(p.m_nLast, 1);
+    SStation out = station(-1.0, 77);
+    p.DumpData(1, out);
+    EXPECT_EQ(out.md, 100.0);
+    SStation keep = station(-1.0, 77);
+    for (int bad : {-1, 22, 1000}) {
+        p.DumpData(bad, keep);
+        EXPECT_EQ(keep.md, -1.0);
+        EXPECT_EQ(keep.method, 77);
+        p.LoadData(bad, station(9.0, 9));  // does nothing, cursor untouched
+        EXPECT_EQ(p.m_nPrev, 1);
+    }
+    EXPECT_EQ(p.m_stations.size(), 22u);
+
+    p.NewTarget(2);
+    STarget t;
+    t.name = u"T1";
+    t.tvd = 3000.0;
+    p.LoadTarget(1, t);
+    p.LoadTarget(2, t);
+    p.LoadTarget(-1, t);
+    ASSERT_EQ(p.m_targets.size(), 2u);
+    EXPECT_EQ(p.m_targets[1].name, u"T1");
+    EXPECT_TRUE(p.m_targets[0].name.empty());
+    p.NewTarget(3);  // growing keeps the targets there
+    EXPECT_EQ(p.m_targets[1].tvd, 3000.0);
+}
+
+TEST(Storage, CopyAssignSaveRestoreClear) {
+    CPlan a = planOf({30, 40});
+    a.m_dMD = 12.0;
+    a.m_target.name = u"T";
+    a.m_walk.push_back({100.0, 0.001});
+    CPlan b(a);
+    CPlan c;
+    c = a;
+    for (const CPlan* p : {&b, &c}) {
+        EXPECT_EQ(p->m_dMD, 12.0);
+        EXPECT_EQ(p->m_target.name, u"T");
+        EXPECT_EQ(p->m_walk.size(), 1u);
+        EXPECT_EQ(codes(*p), (std::vector<short>{30, 40}));
+    }
+    a.SaveData();
+    a.m_stations[1].md = 55.0;
+    a.RestoreData();
+    EXPECT_EQ(a.m_stations[1].md, 100.0);
+    a.NewTarget(1);
+    a.m_walkStations.resize(3);
+    a.ClearAll();
+    EXPECT_TRUE(a.m_stations.empty() && a.m_saved.empty() && a.m_targets.empty() &&
+                a.m_walkStations.empty());
+    EXPECT_EQ(a.m_walk.size(), 1u);  // the walk table is the client's
+}
+
+TEST(Storage, AddoneDeloneAndResize) {
+    CPlan p;
+    p.NewData(0);  // 20 stations
+    for (int i = 0; i < 20; ++i) p.m_stations[i].md = i;
+    Storage::addone(p, 18);  // the last station is overwritten
+    EXPECT_EQ(p.m_stations.size(), 20u);
+    EXPECT_EQ(p.m_stations[19].md, 18.0);
+    EXPECT_EQ(p.m_stations[18].md, 18.0);
+    Storage::addone(p, 19);  // nothing when i > length - 2
+    Storage::addone(p, -3);
+    EXPECT_EQ(p.m_stations[19].md, 18.0);
+    Storage::delone(p, 0);
+    EXPECT_EQ(p.m_stations.size(), 19u);
+    EXPECT_EQ(p.m_stations[0].md, 1.0);
+    Storage::delone(p, 19);
+    Storage::delone(p, -1);
+    EXPECT_EQ(p.m_stations.size(), 19u);
+
+    CPlan q = planOf({30, 30, 30, 30, 30, 30, 30, 30, 30, 30, 30, 30, 30});  // 14 used of 34
+    Storage::resize(q);
+    EXPECT_EQ(q.m_stations.size(), 34u);
+    q.m_stations.resize(20);  // 14 used + 6 >= 20: grows by 20, new stations reset
+    Storage::resize(q);
+    EXPECT_EQ(q.m_stations.size(), 40u);
+    EXPECT_EQ(q.m_stations[39].method, 0);
+}
+
+TEST(Storage, InsertOrdinaryAndBackward) {
+    CPlan p = planOf({30, 1910, 1, 30});
+    p.Insert(3, false);  // inside a two-station line: the point goes before the line
+    EXPECT_EQ(p.m_nError, 0);
+    EXPECT_EQ(codes(p), (std::vector<short>{30, 9999, 1910, 1, 30}));
+    EXPECT_EQ(p.m_nFirst, 2);
+    EXPECT_EQ(p.m_nLast, 2);
+    EXPECT_EQ(p.m_nPrev, 1);
+
+    // A backward line goes after the last station of a two-station line: that station is doubled,
+    // the copy becoming the backward line's end.
+    CPlan b = planOf({1910, 1, 30});
+    b.m_stations[2].dls = 0.01;
+    b.Insert(2, true);
+    EXPECT_EQ(b.m_nError, 0);
+    EXPECT_EQ(codes(b), (std::vector<short>{1910, 1, -20, 30}));
+    EXPECT_EQ(b.m_stations[2].target, CPlan::K_BACKTARGET);
+    EXPECT_EQ(b.m_stations[3].dls, 0.0);
+    EXPECT_EQ(b.m_stations[3].md, 200.0);  // the copied station keeps its depth
+    EXPECT_EQ(b.m_nFirst, 2);
+    EXPECT_EQ(b.m_nPrev, 1);
+}
+
+TEST(Storage, InsertAndDeleteRefusals) {
+    const struct {
+        const char* name;
+        bool insert;
+        int line;
+        int error;
+    } rows[] = {
+        {"insert before the tie line", true, 0, -6},
+        {"insert at a backward line", true, 2, -6},
+        {"delete the tie line", false, 0, -5},
+        {"insert past the array", true, 500, 0},
+        {"insert at a negative line", true, -4, 0},
+        {"delete past the array", false, 500, 0},
+        {"delete a negative line", false, -4, 0},
+    };
+    for (const auto& r : rows) {
+        SCOPED_TRACE(r.name);
+        CPlan p = planOf({30, -20, 30});
+        p.m_nError = 99;
+        if (r.insert) p.Insert(r.line, false); else p.Delete(r.line);
+        EXPECT_EQ(p.m_nError, r.error);
+        EXPECT_EQ(codes(p), (std::vector<short>{30, -20, 30}));
+        EXPECT_EQ(p.m_stations.size(), 24u);
+    }
+}
+
+TEST(Storage, DeleteTakesContinuationsAndFollowingBackwardLines) {
+    const struct {
+        const char* name;
+        std::vector<short> before;
+        int line;
+        std::vector<short> after;
+        int prev, first;
+    } rows[] = {
+        {"one-station line", {30, 40, 50}, 2, {30, 50}, 1, 1},
+        {"asked at a continuation", {30, 1910, 1, 50}, 3, {30, 50}, 1, 1},
+        {"2001+ takes backward lines", {2910, 1, 1, -20, -10, 30}, 1, {30}, 0, 0},
+        {"below 2001 keeps them", {1910, 1, -20, 30}, 1, {-20, 30}, 0, 0},
+        {"first steps back over continuations", {1910, 1, 30, 40}, 3, {1910, 1, 40}, 2, 1},
+        {"the last line", {30, 40}, 2, {30}, 1, 1},
+    };
+    for (const auto& r : rows) {
+        SCOPED_TRACE(r.name);
+        CPlan p = planOf(r.before);
+        p.Delete(r.line);
+        EXPECT_EQ(p.m_nError, 0);
+        EXPECT_EQ(codes(p), r.after);
+        EXPECT_EQ(p.m_nLast, r.prev);  // the cursor before the re-solve
+        EXPECT_EQ(p.m_nFirst, r.first);
+    }
+}
