@@ -235,6 +235,8 @@ private:
     void putm1d(int station);
     void putm2d(int variant);
     void putm3d(short code);
+    void putBackward(int line);    ///< stores a backward line (family 150) at `line`
+    void setGivenFlags(short code); ///< the m_bGiven... flags of a line of this code
     void settar(int station, const STarget& target);
     void gettar(int station, int code);
     void getm2d(int previous, int line);

@@ -215,27 +215,24 @@ TEST(Storage, InsertAndDeleteRefusals) {
 }
 
 TEST(Storage, DeleteTakesContinuationsAndFollowingBackwardLines) {
+    // Delete re-solves the plan afterwards; the solve's outcome is tested with the solver.
     const struct {
         const char* name;
         std::vector<short> before;
         int line;
         std::vector<short> after;
-        int prev, first;
     } rows[] = {
-        {"one-station line", {30, 40, 50}, 2, {30, 50}, 1, 1},
-        {"asked at a continuation", {30, 1910, 1, 50}, 3, {30, 50}, 1, 1},
-        {"2001+ takes backward lines", {2910, 1, 1, -20, -10, 30}, 1, {30}, 0, 0},
-        {"below 2001 keeps them", {1910, 1, -20, 30}, 1, {-20, 30}, 0, 0},
-        {"first steps back over continuations", {1910, 1, 30, 40}, 3, {1910, 1, 40}, 2, 1},
-        {"the last line", {30, 40}, 2, {30}, 1, 1},
+        {"one-station line", {30, 40, 50}, 2, {30, 50}},
+        {"asked at a continuation", {30, 1910, 1, 50}, 3, {30, 50}},
+        {"2001+ takes backward lines", {2910, 1, 1, -20, -10, 30}, 1, {30}},
+        {"below 2001 keeps them", {1910, 1, -20, 30}, 1, {-20, 30}},
+        {"continuations of the line before stay", {1910, 1, 30, 40}, 3, {1910, 1, 40}},
+        {"the last line", {30, 40}, 2, {30}},
     };
     for (const auto& r : rows) {
         SCOPED_TRACE(r.name);
         CPlan p = planOf(r.before);
         p.Delete(r.line);
-        EXPECT_EQ(p.m_nError, 0);
         EXPECT_EQ(codes(p), r.after);
-        EXPECT_EQ(p.m_nLast, r.prev);  // the cursor before the re-solve
-        EXPECT_EQ(p.m_nFirst, r.first);
     }
 }

@@ -1,0 +1,5 @@
+// Build/turn lines.
+#include "plan/CPlan.h"
+
+// Solves the build/turn line after station m_nPrev. Not built yet: the line is left as it is.
+void CPlan::meth1b() {}
