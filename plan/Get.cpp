@@ -205,9 +205,10 @@ void CPlan::GetData(int line) {
     m_stnPrev = m_stations[m_nPrev];
 
     const short q = m_stations[line].method;
+    short current = q;  // the code under the current numbering
     for (const OldCode& o : kOldCodes) {
         if (o.old != q) continue;
-        m_stations[line].method = o.code;
+        m_stations[line].method = current = o.code;
         if (o.third != 0 && hasStation(line + 3)) m_stations[line + 3].method = o.third;
         if (o.fourth != 0 && hasStation(line + 4)) m_stations[line + 4].method = o.fourth;
         break;
@@ -258,8 +259,10 @@ void CPlan::GetData(int line) {
         m_nFamily = m_nProfileType == 1 ? 60 : 70;
     } else {
         m_nFamily = 0;
+        // The selectors follow the rewritten code, so that an old line reads back as the family it
+        // now is; the range above still spans the old line's stations.
         for (const Selector& sel : kSelectors) {
-            if (sel.code != q) continue;
+            if (sel.code != current) continue;
             m_nFamily = sel.family;
             m_nSubMethod = sel.sub;
             m_nTargetMethod = sel.targetMethod;
@@ -278,7 +281,7 @@ void CPlan::GetData(int line) {
         m_target = own;
     }
 
-    setGivenFlags(q);
+    setGivenFlags(current);
     m_bLineStart = m_bLineStartCopy = requested == line;
     m_bBackIncFollows = n == -40 || n == -60;
     m_bBackIncAziFollows = n == -60;
