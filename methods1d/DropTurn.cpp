@@ -1,5 +1,297 @@
-// Drop/turn arcs and constant-toolface lines.
+// Dogleg/toolface arcs (drop/turn) and constant-toolface curves.
+//
+// A dogleg/toolface arc is one circular arc of dogleg severity K whose plane is set by the toolface
+// TF at its start. A constant-toolface curve keeps its toolface relative to the hole's high side all
+// the way; it is built as a chain of such arcs, each 1.0 length unit long.
+#include <cmath>
+
+#include "geometry/Numerics.h"
 #include "plan/CPlan.h"
 
-// Solves the constant-toolface line after station m_nPrev. Not built yet: the line is left as it is.
-void CPlan::meth1c() {}
+using namespace orrin;
+
+namespace {
+
+/// Length of each arc of a constant-toolface chain [L].
+constexpr double CT_STEP = 1.0;
+/// Most arcs one constant-toolface walk may lay: 100,000 steps of 1.0 is 100 km in metres, far
+/// beyond any well. A walk that would go further (a curve that never reaches its depth or azimuth,
+/// or a line of absurd length) stops there and fails with -17 instead of running on.
+constexpr long MAX_CT_STEPS = 100000;
+
+}  // namespace
+
+// A dogleg/toolface arc from m_stnPrev to measured depth md (a course length when it is not beyond
+// the start), with dogleg severity dls and toolface tf (wrapped into (-pi, pi]): end direction by
+// solve4 and solve3 for the dogleg L dls, position by the arc step meth_optdl1, then build
+// (I2 - I1) / L and turn from the azimuth change. A course of zero (|L| <= 1e-6) fails with -18.
+// Sets m_nPrev = 1 and clears m_nError first.
+void CPlan::dttomd(double md, double dls, double tf) {
+    m_nError = ERR_NONE;
+    m_nPrev = 1;
+    m_stnC.tf = getdaz(tf);
+    m_stnC.dls = dls;
+    if (md <= m_stnPrev.md) md += m_stnPrev.md;
+    m_stnC.md = md;
+    const double L = md - m_stnPrev.md;
+    if (is_zero(L)) {
+        m_nError = ERR_BUILD_SIGN;
+        return;
+    }
+    m_stnC.dl = L * dls;
+    solve4();
+    solve3();
+    meth_optdl1();
+    m_stnC.turn = 0.0;
+    m_stnC.build = (m_stnC.inc - m_stnPrev.inc) / L;
+    m_stnC.turn = daz2hdls(getdaz(m_stnC.azi - m_stnPrev.azi), L, m_stnPrev.inc, m_stnC.build);
+}
+
+// A dogleg/toolface arc from m_stnPrev to vertical depth tvd: the dogleg that reaches the depth on
+// the circle (solve11; its error does not stop the step), then the end direction (solve4, solve3),
+// the length dl / dls and the arc step. A line of no length (|L| <= 1e-6, e.g. dls zero) fails with
+// -17. Sets m_nPrev = 1 and clears m_nError first.
+void CPlan::dttotvd(double tvd, double dls, double tf) {
+    m_stnC.tf = getdaz(tf);
+    m_nPrev = 1;
+    m_nError = ERR_NONE;
+    m_stnC.dls = dls;
+    m_stnC.tvd = tvd;
+    solve11();
+    solve4();
+    solve3();
+    double L = 0.0;
+    if (is_nonzero(dls)) {
+        L = m_stnC.dl / dls;
+        m_stnC.md = m_stnPrev.md + L;
+    }
+    meth_optdl1();
+    m_stnC.build = 0.0;
+    m_stnC.turn = 0.0;
+    if (is_zero(L)) {
+        m_nError = ERR_TVD_UNREACHABLE;
+        return;
+    }
+    m_stnC.build = (m_stnC.inc - m_stnPrev.inc) / L;
+    m_stnC.turn = daz2hdls(getdaz(m_stnC.azi - m_stnPrev.azi), L, m_stnPrev.inc, m_stnC.build);
+}
+
+// A constant-toolface curve from m_stnPrev to m_stnC.md with m_stnC.dls and m_stnC.tf: arcs of 1.0
+// from the start, each starting where the last ended with the same toolface measured from its own
+// high side; the last arc is shortened to end exactly at the end depth. A line shorter than 1.0 is
+// left as it was loaded. m_stnPrev is put back afterwards; m_stnC holds the end. A curve longer than
+// MAX_CT_STEPS arcs stops there with -17 (m_bWalkBounded set).
+void CPlan::constant_toolface() {
+    const SStation s0 = m_stnPrev;
+    const double K = m_stnC.dls, TF = m_stnC.tf, end = m_stnC.md;
+    double step = CT_STEP;
+    double md = s0.md + CT_STEP;
+    long steps = 0;
+    while (md <= end) {
+        if (++steps > MAX_CT_STEPS) {
+            m_bWalkBounded = true;
+            m_nError = ERR_TVD_UNREACHABLE;
+            break;
+        }
+        m_stnC.md = md;
+        dttomd(md, K, TF);
+        m_stnPrev = m_stnC;
+        if (end - step < m_stnC.md && m_stnC.md < end) step = end - m_stnC.md;
+        md += step;
+    }
+    m_stnPrev = s0;
+}
+
+// A constant-toolface curve from m_stnPrev to measured depth md (a course length when it is not
+// beyond the start); a course of exactly zero fails with -18. Sets m_nPrev = 1 and clears m_nError.
+void CPlan::cttomd(double md, double dls, double tf) {
+    m_nPrev = 1;
+    m_nError = ERR_NONE;
+    m_bWalkBounded = false;
+    if (md <= m_stnPrev.md) md += m_stnPrev.md;
+    m_stnC.md = md;
+    if (m_stnPrev.md == md) {
+        m_nError = ERR_BUILD_SIGN;
+        return;
+    }
+    m_stnC.dls = dls;
+    m_stnC.tf = tf;
+    constant_toolface();
+}
+
+// A constant-toolface curve from m_stnPrev to vertical depth tvd: arcs of 1.0 until an arc passes the
+// depth, then one dogleg/toolface arc from that arc's start to the depth. The walk gives up (-17)
+// when an arc's depth change turns against the wanted one (the curve turns away from the depth), or
+// after MAX_CT_STEPS arcs (a curve whose depth never changes would otherwise walk for ever).
+// Sets m_nPrev = 1 and clears m_nError first.
+void CPlan::cttotvd(double tvd, double dls, double tf) {
+    m_stnC.tvd = tvd;
+    const double D = tvd - m_stnPrev.tvd;
+    m_nPrev = 1;
+    m_nError = ERR_NONE;
+    m_bWalkBounded = false;
+    bool found = false;
+    const SStation s0 = m_stnPrev;
+    double md = s0.md + CT_STEP;
+    for (long steps = 0;; ++steps) {
+        if (steps >= MAX_CT_STEPS) {
+            m_bWalkBounded = true;
+            break;
+        }
+        m_stnC.md = md;
+        dttomd(md, dls, tf);
+        const double d = m_stnC.tvd - m_stnPrev.tvd;
+        if (D > 0.0) {
+            if (d < 0.0) break;
+            if (tvd < m_stnC.tvd) {
+                dttotvd(tvd, dls, tf);
+                found = true;
+                break;
+            }
+        } else {
+            if (d > 0.0) break;
+            if (tvd > m_stnC.tvd) {
+                dttotvd(tvd, dls, tf);
+                found = true;
+                break;
+            }
+        }
+        m_stnPrev = m_stnC;
+        md += CT_STEP;
+    }
+    m_stnPrev = s0;
+    if (found) {
+        m_stnC.dls = dls;
+        m_stnC.tf = tf;
+    } else {
+        m_nError = ERR_TVD_UNREACHABLE;
+    }
+}
+
+// Solves the constant-toolface line after station m_nPrev and commits it:
+//   101 "CT1 MD": the curve to the line's measured depth;
+//   111 "CT2 TVD": the curve to the depth of the line's target (when valid), else its own depth;
+//   121 "CT3 Inc.": inclination changes at K cos TF per unit length, so M2 = M1 + dI / cos TF / K;
+//   131 "CT4 Azm.": the end azimuth reached by turning the way the toolface turns (the long way when
+//        the azimuth lies the other way); a walk of arcs of 1.0 finds the arc that passes it;
+//   51 "Inc Azi DCT": toolface and length of the constant-toolface curve between two directions: in
+//        a constant-toolface curve dA / d(ln tan(I/2)) = tan TF, so tan TF = |dA| / ln(tan(I2/2) /
+//        tan(I1/2)) (toolface +-pi/2 and length sin I1 |dA| / K for a flat turn).
+// The curve is then laid by constant_toolface to the depth found, and the end angles the user gave
+// are put back exactly (inclination for 121 and 51, azimuth for 131 and 51). Errors of the steps are
+// cleared when the line is committed, except a walk stopped at its step bound, which fails the line
+// with -17.
+void CPlan::meth1c() {
+    const int line = m_nPrev + 1;
+    if (!hasStation(line)) return;
+    m_stnPrev = m_stations[m_nPrev];
+    m_stnC = m_stations[line];
+    SStation& C = m_stnC;
+    const double M1 = m_stnPrev.md, I1 = m_stnPrev.inc;
+    double L = C.md - M1;
+    if (L <= 0.0) L = C.md > 0.0 ? C.md : 1.0;
+    C.md = M1 + L;
+    m_nError = ERR_NONE;
+    m_bWalkBounded = false;
+    const double K = C.dls, TF = C.tf;
+
+    switch (C.method) {
+    case 101:
+        cttomd(C.md, K, TF);
+        break;
+    case 111:
+        gettar(line, 0);
+        if (IsTargetKeyValid(m_target.name) && !m_target.flag) {
+            C.tvd = m_target.tvd;
+            C.target = m_target.name;
+            C.flag = m_target.flag;
+        }
+        cttotvd(C.tvd, K, TF);
+        break;
+    case 121:
+        C.md = (C.inc - I1) / std::cos(TF) / K + M1;
+        break;
+    case 131: {
+        const double dA = getdaz(C.azi - m_stnPrev.azi);
+        double aim = m_stnPrev.azi + dA;
+        if (TF >= 0.0 && dA < 0.0) aim += TWO_PI;
+        if (TF < 0.0 && dA > 0.0) aim -= TWO_PI;
+        C.azi = aim;
+        walkToAzimuth(aim, K, TF);
+        break;
+    }
+    case 51: {
+        const double I2 = C.inc;
+        double A2 = C.azi;
+        if (I2 == 0.0) A2 = m_stnPrev.azi;
+        if (I1 == 0.0) m_stnPrev.azi = A2;
+        const double dI = I2 - I1;
+        const double dA = getdaz(A2 - m_stnPrev.azi);
+        if (dI == 0.0) {
+            C.tf = dA < 0.0 ? -HALF_PI : HALF_PI;
+            C.build = 0.0;
+            C.md = M1 + std::sin(I1) * std::fabs(dA) / K;
+        } else {
+            double tf = std::atan(std::fabs(dA) / std::log(std::tan(I2 / 2) / std::tan(I1 / 2)));
+            if (tf < 0.0) tf += PI;
+            if (dA < 0.0) tf = -tf;
+            C.tf = tf;
+            C.build = std::cos(tf) * K;
+            C.md = M1 + dI / std::cos(tf) / K;
+        }
+        break;
+    }
+    default:
+        return;
+    }
+    if (m_bWalkBounded) {
+        m_nError = ERR_TVD_UNREACHABLE;
+        return;
+    }
+    constant_toolface();
+    if (m_bWalkBounded) {
+        m_nError = ERR_TVD_UNREACHABLE;
+        return;
+    }
+    const SStation& given = m_stations[line];
+    if (C.method == 121 || C.method == 51) C.inc = given.inc;
+    if (C.method == 131 || C.method == 51) C.azi = given.azi;
+    m_stations[line] = m_stnC;
+    ++m_nPrev;
+    m_nError = ERR_NONE;
+}
+
+// The walk of "CT4 Azm.": arcs of 1.0 (dttomd with K and TF from each arc's end) until one passes the
+// aim azimuth. Turning right (TF > 0) the walk gives up when an arc turns left and ends when the aim
+// lies below an arc's end azimuth; turning left (TF <= 0) the other way round. Azimuths are compared
+// as they stand, without wrapping, so a turn through north gives up.
+// On ending, m_stnC.md is first set to the depth interpolated on that last arc at the aim azimuth,
+// and then the arc from that last arc's start is laid again to the depth m_stnC held before the walk,
+// which replaces the interpolated one: this order is the line method's long-standing behaviour and is
+// kept, so the line ends at its stored depth. The start station is put back afterwards. A walk of
+// MAX_CT_STEPS arcs stops with m_bWalkBounded set.
+void CPlan::walkToAzimuth(double aim, double K, double TF) {
+    const SStation s0 = m_stnPrev;
+    const SStation c0 = m_stnC;
+    double md = s0.md + CT_STEP;
+    for (long steps = 0;; ++steps) {
+        if (steps >= MAX_CT_STEPS) {
+            m_bWalkBounded = true;
+            break;
+        }
+        m_stnC.md = md;
+        dttomd(md, K, TF);
+        const double a1 = m_stnPrev.azi, a2 = m_stnC.azi;
+        const double change = a2 - a1;
+        const bool right = c0.tf > 0.0;
+        if (right ? change < 0.0 : change > 0.0) break;
+        if (right ? aim < a2 : aim > a2) {
+            m_stnC.md = m_stnPrev.md + (m_stnC.md - m_stnPrev.md) * (aim - a1) / (a2 - a1);
+            dttomd(c0.md, K, TF);
+            break;
+        }
+        m_stnPrev = m_stnC;
+        md += CT_STEP;
+    }
+    m_stnPrev = s0;
+}

@@ -276,6 +276,7 @@ private:
     void meth1b();
     void constant_toolface();
     void meth1c();
+    void walkToAzimuth(double aim, double K, double TF);  ///< the arc walk of "CT4 Azm."
 
     // ==== Bit walk (interp/Walk.cpp) ===============================================================
     void wlkpro();
@@ -293,4 +294,13 @@ private:
     void meth_dtctt();
     void meth_dtctmd();
     void meth_dtshc();
+
+    // ---- Solver bookkeeping ------------------------------------------------------------------------
+    /// The station whose stored record a failing line method corrected to a value that would work
+    /// (a build rate, a turn sign, an inclination), or -1. The solver puts the plan back after a
+    /// failing line but keeps that one corrected record, so that reading the failing line back shows
+    /// the suggestion; every solved station is restored exactly.
+    int m_nSuggested = -1;
+    /// Set when a constant-toolface walk stopped at its step bound (the line then fails with -17).
+    bool m_bWalkBounded = false;
 };

@@ -35,9 +35,12 @@ constexpr short INSERT_POINT = 9999;
 // 5. Measured depth must rise: a station less than 0.001 deeper than the one before is pushed to
 //    exactly 0.001 below it; one that lies shallower by more than 0.001 fails with -10.
 // 6. On failure the saved array is put back, the cursor returns to S, and the target transfer
-//    record is loaded again for the line after S.
+//    record is loaded again for the line after S. The one exception is the failing line's own
+//    stored record when its method corrected it to a value that would work (m_nSuggested): it keeps
+//    the correction, so that the client reads the suggestion back.
 void CPlan::solval() {
     m_nError = ERR_NONE;
+    m_nSuggested = -1;
     if (m_nPrev < 0) m_nPrev = 0;
     m_saved = m_stations;
     const int start = m_nPrev;
@@ -132,7 +135,17 @@ void CPlan::solval() {
         if (m_nError == ERR_NONE) return;
     }
 
+    const bool suggested =
+        hasStation(m_nSuggested) && static_cast<std::size_t>(m_nSuggested) < m_saved.size();
+    const SStation corrected = suggested ? m_stations[m_nSuggested] : SStation();
     m_stations = m_saved;
+    if (suggested) {
+        // Only the values a line method corrects; depths and positions stay as saved.
+        SStation& s = m_stations[m_nSuggested];
+        s.inc = corrected.inc;
+        s.build = corrected.build;
+        s.turn = corrected.turn;
+    }
     m_nPrev = start;
     const short q = codeAt(start + 1);
     gettar(start + std::abs(q) / 1000 + 1, q);
