@@ -93,6 +93,9 @@ void CPlan::meth1d() {
 
     m_stnC.dl = L * m_stnC.dls;
 
+    // A target name that is not in the plan's target table makes gettar read the target from the
+    // line's own stored station, so its depth is the stored value as given, before the increment
+    // reading above. Kept as it is: such a line names its own end point.
     const short code = m_stnC.method;
     if (takesTargetDepth(code)) {
         gettar(line, 0);
