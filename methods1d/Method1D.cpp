@@ -1,6 +1,7 @@
-// The first-family line methods: straight holds, lines to an end inclination and azimuth, lines of a
-// given dogleg severity with one end angle, and lines of a given dogleg severity and toolface. Each
-// is one circular arc (or a hold) from the station before it, laid by the arc step meth_optdl1.
+// The first-family line methods: straight holds, lines to an end inclination and azimuth, lines of
+// a given dogleg severity with one end angle, and lines of a given dogleg severity and toolface.
+// Each is one circular arc (or a hold) from the station before it, laid by the arc step
+// meth_optdl1.
 //
 // Angles [rad], dogleg severity, build and turn [rad/L], lengths [L].
 #include "geometry/Numerics.h"
@@ -56,16 +57,17 @@ bool takesTargetDepth(short code) {
 // Reads the start station m_nPrev and the line's own station m_nPrev + 1, whose fields state the
 // problem: md [L] (a value not beyond the start is a course length), inc, azi, tf [rad], tvd [L]
 // (a value RELATIVE_TVD or more above the start is an increment), dls [rad/L], and the target it
-// names; the target's depth replaces the given one for the methods that end at a depth. The missing
-// quantities come from the single-line solvers; meth_optdl1 then lays the arc; build = (I2 - I1) / L
-// and turn = daz2hdls(getdaz(A2 - A1), L, I1, build) (turn only when both inclinations are positive).
-// On success the finished station replaces station m_nPrev + 1, m_nPrev moves on by one and m_nError
-// is 0. On failure m_nError is negative and neither the stations nor m_nPrev change; m_nFirst and
-// m_nLast name the line either way.
-// Codes outside the family leave the line untouched and return without error. When station m_nPrev
-// or m_nPrev + 1 does not exist nothing at all is read or written.
-// The dogleg severity lines 60, 180, 70, 80, 160, 90 and 100 keep the given severity and course
-// (deliberate): the arc is laid with them and the toolface the solvers found, so a line whose inputs
+// names; the target's depth replaces the given one for the methods that end at a depth.
+//   The missing quantities come from the single-line solvers; meth_optdl1 then lays the arc;
+//   build = (I2 - I1) / L and turn = daz2hdls(getdaz(A2 - A1), L, I1, build), the turn only when
+//   both inclinations are positive.
+// On success the finished station replaces station m_nPrev + 1, m_nPrev moves on by one and
+// m_nError is 0. On failure m_nError is negative and neither the stations nor m_nPrev change;
+// m_nFirst and m_nLast name the line either way.
+// Degenerate: codes outside the family leave the line untouched and return without error. When
+// station m_nPrev or m_nPrev + 1 does not exist nothing at all is read or written.
+// Deliberate: the dogleg severity lines 60, 180, 70, 80, 160, 90 and 100 keep the given severity
+// and course; the arc is laid with them and the toolface the solvers found, so a line whose inputs
 // over-determine it (70, 90) ends where severity, course and toolface take it.
 void CPlan::meth1d() {
     if (!hasStation(m_nPrev)) return;
@@ -91,6 +93,9 @@ void CPlan::meth1d() {
 
     m_stnC.dl = L * m_stnC.dls;
 
+    // A target name that is not in the plan's target table makes gettar read the target from the
+    // line's own stored station, so its depth is the stored value as given, before the increment
+    // reading above. Kept as it is: such a line names its own end point.
     const short code = m_stnC.method;
     if (takesTargetDepth(code)) {
         gettar(line, 0);
@@ -244,14 +249,14 @@ void CPlan::meth1d() {
 // of m_stnC; writes inc, azi [rad], tvd, ns, ew [L] of m_stnC.
 //   The end direction turns the start direction t1 by DL = L K in the plane of the toolface:
 //   t2 = cos DL t1 + sin DL (cos TF high side + sin TF right side), with high side
-//   (cos I1 sin A1, cos I1 cos A1, -sin I1) and right side (cos A1, -sin A1, 0) in (east, north, down).
-//   The position moves by (t1 + t2) tan(DL/2) / K, minimum curvature's (t1 + t2) (L/2) times the ratio
-//   factor 2/DL tan(DL/2). I2 = acos(t2 down), A2 = tangle(t2 east, t2 north).
+//   (cos I1 sin A1, cos I1 cos A1, -sin I1) and right side (cos A1, -sin A1, 0) in (east, north,
+//   down). The position moves by (t1 + t2) tan(DL/2) / K, minimum curvature's (t1 + t2) (L/2) times
+//   the ratio factor 2/DL tan(DL/2). I2 = acos(t2 down), A2 = tangle(t2 east, t2 north).
 // Degenerate: a course of MIN_ARC_COURSE or less changes nothing. From a vertical start
 // (|I1| <= 1e-6) the toolface is read as pointing to the end azimuth: the working start takes the
-// end's azimuth and TF = 0; afterwards the line's toolface is its end azimuth, deltaz(A2). A dogleg of
-// 1e-6 or less is a straight hold along t1 with the start's direction. A down component of 1 or more
-// gives I2 = 0.
+// end's azimuth and TF = 0; afterwards the line's toolface is its end azimuth, deltaz(A2). A dogleg
+// of 1e-6 or less is a straight hold along t1 with the start's direction. A down component of 1 or
+// more gives I2 = 0.
 void CPlan::meth_optdl1() {
     if (m_stnC.md <= m_stnPrev.md + MIN_ARC_COURSE) return;
     const bool fromVertical = is_zero(m_stnPrev.inc);

@@ -2,15 +2,15 @@
 // sufficient subset of its end quantities, completed by one or two missing quantities.
 //
 // Every solver reads the start of the line from m_stnPrev (M1 md [L], I1 inc [rad], A1 azi [rad],
-// V1 tvd [L]) and reads and writes the end of the line in m_stnC (M2 md, I2 inc, A2 azi, V2 tvd, K dls
-// [rad/L], TF tf [rad], DL dl [rad]). The toolface TF is the angle at the start from the high side of
-// the hole to the plane of the arc, clockwise positive; DL is the whole change of direction along the
-// arc. Positions (ns, ew, and tvd except where a solver says so) are left to the curvature step that
-// the caller runs afterwards.
+// V1 tvd [L]) and reads and writes the end of the line in m_stnC (M2 md, I2 inc, A2 azi, V2 tvd, K
+// dls [rad/L], TF tf [rad], DL dl [rad]). The toolface TF is the angle at the start from the high
+// side of the hole to the plane of the arc, clockwise positive; DL is the whole change of direction
+// along the arc. Positions (ns, ew, and tvd except where a solver says so) are left to the
+// curvature step that the caller runs afterwards.
 //
-// A solver that fails sets m_nError to a negative code and returns at once; none of them ever clears
-// an error already set. Inconsistent inputs may give NaN through acos/asin (see acos_u, asin_u); the
-// solvers hand such a result on as it is, the caller stores it.
+// A solver that fails sets m_nError to a negative code and returns at once; none of them ever
+// clears an error already set. Inconsistent inputs may give NaN through acos/asin (see acos_u,
+// asin_u); the solvers hand such a result on as it is, the caller stores it.
 #include "geometry/Numerics.h"
 #include "plan/CPlan.h"
 
@@ -45,9 +45,9 @@ constexpr int SCAN_PASSES = 2;
 //   azimuth of its own;
 //   TF = getdaz(tangle(sin I2 sin dA, sin I2 cos I1 cos dA - cos I2 sin I1)): the components of the
 //   end direction to the right of and along the high side at the start, so TF is in (-pi, pi].
-// Degenerate: from a vertical start (I1 zero) to a non-vertical end TF = deltaz(A2) in [0, 2 pi), the
-// direction in which the hole leaves vertical; a straight line (|I1 - I2| and |dA| both <= 1e-6) has
-// TF = 0. The two ranges differ on purpose. Never fails.
+// Degenerate: from a vertical start (I1 zero) to a non-vertical end TF = deltaz(A2) in [0, 2 pi),
+// the direction in which the hole leaves vertical; a straight line (|I1 - I2| <= 1e-6 and
+// |dA| <= 1e-6) has TF = 0. The two ranges differ on purpose. Never fails.
 void CPlan::solve1() {
     const double I1 = m_stnPrev.inc;
     const double I2 = m_stnC.inc;
@@ -62,7 +62,8 @@ void CPlan::solve1() {
 
 // Dogleg angle between the start and end directions.
 // Reads I1, A1 of m_stnPrev and I2, A2 of m_stnC; writes m_stnC.dl [rad] in [0, pi].
-//   DL = acos(cos I1 cos I2 + sin I1 sin I2 cos dA), dA = getdaz(A2 - A1) (spherical law of cosines).
+//   DL = acos(cos I1 cos I2 + sin I1 sin I2 cos dA), dA = getdaz(A2 - A1): the spherical law of
+//   cosines.
 // Never fails.
 void CPlan::solve2() {
     const double I1 = m_stnPrev.inc;
@@ -76,8 +77,8 @@ void CPlan::solve2() {
 //   The end direction is cos DL t1 + sin DL (cos TF high side + sin TF right side); its horizontal
 //   part along the start azimuth is h = cos DL sin I1 + sin DL cos TF cos I1 and across it (to the
 //   right) s = sin DL sin TF, so A2 = tangle(sin A1 h + cos A1 s, cos A1 h - sin A1 s).
-// Degenerate: a start of inclination exactly 0 (compared with 0, not with the zero band, on purpose)
-// has its toolface measured from north, so A2 = TF as given. Never fails.
+// Degenerate: a start of inclination exactly 0 (compared with 0, not with the zero band, on
+// purpose) has its toolface measured from north, so A2 = TF as given. Never fails.
 void CPlan::solve3() {
     const double I1 = m_stnPrev.inc;
     if (I1 == 0.0) {
@@ -99,7 +100,8 @@ void CPlan::solve3() {
 void CPlan::solve4() {
     const double I1 = m_stnPrev.inc;
     const double DL = m_stnC.dl;
-    m_stnC.inc = acos_u(std::cos(DL) * std::cos(I1) - std::cos(m_stnC.tf) * std::sin(I1) * std::sin(DL));
+    m_stnC.inc =
+        acos_u(std::cos(DL) * std::cos(I1) - std::cos(m_stnC.tf) * std::sin(I1) * std::sin(DL));
 }
 
 // End inclination at which the arc started with toolface TF reaches the end azimuth A2.
@@ -120,7 +122,8 @@ void CPlan::solve6() {
     const double I1 = m_stnPrev.inc;
     const double dA = getdaz(m_stnC.azi - m_stnPrev.azi);
     double ct = 0.0;
-    if (is_nonzero(getdaz(TF - HALF_PI)) && is_nonzero(getdaz(TF + HALF_PI))) ct = 1.0 / std::tan(TF);
+    if (is_nonzero(getdaz(TF - HALF_PI)) && is_nonzero(getdaz(TF + HALF_PI)))
+        ct = 1.0 / std::tan(TF);
     const double d = std::cos(I1) * std::cos(dA) - std::sin(dA) * ct;
     if (is_zero(d)) {
         if (is_zero(ct) && is_zero(std::cos(I1)) && std::sin(TF) * dA > 0.0)
@@ -132,13 +135,13 @@ void CPlan::solve6() {
     m_stnC.inc = std::atan2(std::sin(I1), d);
 }
 
-// End azimuth of an arc of dogleg DL that ends at inclination I2; side 0 turns right, any other side
-// turns left.
+// End azimuth of an arc of dogleg DL that ends at inclination I2; side 0 turns right, any other
+// side turns left.
 // Reads I1, A1 of m_stnPrev and I2, DL of m_stnC; writes m_stnC.azi [rad] in [0, 2 pi).
 //   From cos DL = cos I1 cos I2 + sin I1 sin I2 cos g: g = acos((cos DL - cos I1 cos I2) / p) with
 //   p = sin I1 sin I2, and A2 = deltaz(A1 +- g).
-// Degenerate: either end vertical (|p| <= 1e-6) fixes no azimuth change: -1. A dogleg too small or too
-// large for the two inclinations gives NaN (acos out of range), handed on as it is.
+// Degenerate: either end vertical (|p| <= 1e-6) fixes no azimuth change: -1. A dogleg too small or
+// too large for the two inclinations gives NaN (acos out of range), handed on as it is.
 void CPlan::solve8(int side) {
     const double I1 = m_stnPrev.inc;
     const double I2 = m_stnC.inc;
@@ -157,8 +160,8 @@ void CPlan::solve8(int side) {
 //   cos DL = c1 cos I2 + s1 ca sin I2 (s1, c1 of I1; ca, sa of dA = getdaz(A2 - A1)) is a quadratic
 //   in sin I2 with D = 1 - sa^2 s1^2 and Q = ca^2 s1^2 + c1^2 - cd^2 (cd = cos DL):
 //   sin I2 = (cd s1 ca +- c1 sqrt(Q)) / D. asin keeps I2 within [-pi/2, pi/2].
-// Degenerate: Q < 0 (the dogleg cannot reach that azimuth) or D zero (|D| <= 1e-6: horizontal start
-// turning a right angle): -1.
+// Degenerate: Q < 0 (the dogleg cannot reach that azimuth) or D zero (|D| <= 1e-6: a horizontal
+// start turning a right angle): -1.
 void CPlan::solve9(int side) {
     const double s1 = std::sin(m_stnPrev.inc);
     const double c1 = std::cos(m_stnPrev.inc);
@@ -179,14 +182,14 @@ void CPlan::solve9(int side) {
 
 // Dogleg of the arc started with toolface TF that ends at inclination I2.
 // Reads I1 of m_stnPrev and I2, TF of m_stnC; writes m_stnC.dl [rad], 0 on failure.
-//   cos I2 = p cos DL + q sin DL with p = cos I1, q = -sin I1 cos TF, so with S = p^2 + q^2 the two
-//   candidates are d1 = acos(t + r), d2 = acos(t - r), t = cos I2 p / S, r = q sqrt(S - cos^2 I2) / S.
-//   Each candidate is put back into the same relation and kept only when the inclination it gives is
-//   within INC_CHECK of I2 (the other root of the squared equation is spurious). Of two good
-//   candidates the smaller positive one is taken (d1 if 0 < d1 < d2, else d2 if positive); of one,
-//   that one if positive.
-// Degenerate: no change of inclination (|I2 - I1| <= 1e-6, even where TF would allow a pure turn) or
-// I2 < 0: -14. An end or a start of inclination exactly 0 (compared with 0 on purpose) gives
+//   cos I2 = p cos DL + q sin DL with p = cos I1, q = -sin I1 cos TF; with S = p^2 + q^2 the two
+//   candidates are d1 = acos(t + r) and d2 = acos(t - r), t = cos I2 p / S,
+//   r = q sqrt(S - cos^2 I2) / S. Each candidate is put back into the same relation and kept only
+//   when the inclination it gives is within INC_CHECK of I2 (the other root of the squared equation
+//   is spurious). Of two good candidates the smaller positive one is taken (d1 if 0 < d1 < d2, else
+//   d2 if positive); of one, that one if positive.
+// Degenerate: no change of inclination (|I2 - I1| <= 1e-6, even where TF would allow a pure turn)
+// or I2 < 0: -14. An end or a start of inclination exactly 0 (compared with 0 on purpose) gives
 // DL = I1 or DL = I2. S - cos^2 I2 < 0 (the toolface cannot reach I2) or S zero: -14. No candidate
 // left, so that DL is still exactly 0: -14.
 void CPlan::solve10() {
@@ -239,15 +242,16 @@ void CPlan::solve10() {
 // Reads I1, V1 of m_stnPrev and V2, K, TF of m_stnC; writes m_stnC.dl [rad] in [0, pi/2] and, when
 // both roots are candidates, m_stnC.inc.
 //   Circular arc of radius R = 1/K: dV K = cos I1 sin DL - sin I1 cos TF (1 - cos DL), that is
-//   p sin DL + q cos DL = w with p = cos I1, q = sin I1 cos TF, w = dV K + q. With S = p^2 + q^2 the
-//   candidate sines are lo = b - a and hi = b + a, b = w p / S, a = q sqrt(S - w^2) / S.
+//   p sin DL + q cos DL = w with p = cos I1, q = sin I1 cos TF, w = dV K + q. With S = p^2 + q^2
+//   the candidate sines are lo = b - a and hi = b + a, b = w p / S, a = q sqrt(S - w^2) / S.
 //   A negative lo leaves hi (when not negative); lo >= 0 with hi <= 0 leaves lo. When both are
 //   positive the smaller arc asin(lo) is tried first: its end inclination is computed by solve4 and
-//   it is kept when its minimum-curvature depth gain tan(DL/2) / K (cos I1 + cos I2) matches dV within
-//   ARC_DEPTH_MATCH; otherwise DL = asin(hi), and the inclination stays the one solve4 gave for the
-//   smaller arc (deliberate: the caller recomputes it).
-// Degenerate: K zero (|K| <= 1e-6): -1. R zero (|R| <= 1e-6) takes w = 0. S - w^2 < 0 (the depth is
-// beyond what the arc can reach) or S zero: -17. Both candidate sines negative: -17.
+//   it is kept when its minimum-curvature depth gain tan(DL/2) / K (cos I1 + cos I2) matches dV
+//   within ARC_DEPTH_MATCH; otherwise DL = asin(hi), unchecked, and the inclination stays the one
+//   solve4 gave for the smaller arc (deliberate: the caller recomputes it). Only doglegs up to pi/2
+//   are found: a depth reached only by a longer arc gives a dogleg that does not reach it.
+// Degenerate: K zero (|K| <= 1e-6): -1. R zero (|R| <= 1e-6) takes w = 0. S - w^2 < 0 (the depth
+// is beyond what the arc can reach) or S zero: -17. Both candidate sines negative: -17.
 void CPlan::solve11() {
     const double K = m_stnC.dls;
     if (is_zero(K)) {
@@ -288,12 +292,13 @@ void CPlan::solve11() {
 
 // End measured depth at which the arc between the start and end directions reaches the vertical
 // depth V2 (minimum curvature).
-// Reads M1, I1, A1, V1 of m_stnPrev and I2, A2, V2 of m_stnC; writes m_stnC.dl [rad] and m_stnC.md [L].
+// Reads M1, I1, A1, V1 of m_stnPrev and I2, A2, V2 of m_stnC; writes m_stnC.dl [rad] and
+// m_stnC.md [L].
 //   DL = acos(u1 . u2) of the unit directions; a course L gains L tan(DL/2) / DL (v1 + v2) in depth
 //   (v the down components), so M2 = M1 + (V2 - V1) DL / (tan(DL/2) (v1 + v2)).
-// Degenerate: a straight course (DL zero, |DL| <= 1e-6) gives M2 = M1 + (V2 - V1) / cos I1. A straight
-// horizontal course (|cos I1| <= 1e-6), or a bend whose ends average horizontal (|v1 + v2| <= 1e-6),
-// cannot reach another depth: -7, md untouched.
+// Degenerate: a straight course (DL zero, |DL| <= 1e-6) gives M2 = M1 + (V2 - V1) / cos I1. A
+// straight horizontal course (|cos I1| <= 1e-6), or a bend whose ends average horizontal
+// (|v1 + v2| <= 1e-6), cannot reach another depth: -7, md untouched.
 void CPlan::solve12() {
     double e1, n1, v1, e2, n2, v2;
     vector(m_stnPrev.inc, m_stnPrev.azi, e1, n1, v1);
@@ -316,17 +321,19 @@ void CPlan::solve12() {
 
 // End inclination and measured depth at which the arc of curvature K towards the end azimuth A2
 // reaches the vertical depth V2.
-// Reads M1, I1, A1, V1 of m_stnPrev and A2, V2, K of m_stnC; writes m_stnC.inc [rad] and m_stnC.md
-// [L]. The dogleg is found on the way but not kept: m_stnC.dl is not written.
+// Reads M1, I1, A1, V1 of m_stnPrev and A2, V2, K of m_stnC; writes m_stnC.inc [rad] and
+// m_stnC.md [L]. The dogleg is found on the way but not kept: m_stnC.dl is not written.
 //   For a trial end inclination x the arc has DL(x) = acos(u1 . vector(x, A2)), the course
-//   DL(x) / K and the minimum-curvature depth gain g(x) = (v1 + v2) (DL(x) / K) tan(DL(x)/2) / DL(x);
-//   a zero dogleg is a zero course and gains 0, the limit of that expression.
+//   DL(x) / K and the minimum-curvature depth gain
+//   g(x) = (v1 + v2) (DL(x) / K) tan(DL(x)/2) / DL(x). A zero dogleg is read as a zero course that gains 0, the limit of that expression (written
+//   literally it would be 0/0).
 //   The scan: the first pass steps x = 0, SCAN_STEP, 2 SCAN_STEP, ... up to pi, writing inc = x and
-//   md = M1 + DL(x) / K at each point; while V1 + g(x) >= V2 x is the last good inclination, and the
-//   first x with V1 + g(x) < V2 (or a NaN gain) ends the pass. The next pass scans from the last good
-//   inclination to the x that ended the pass before, with a step SCAN_REFINE times smaller. Between
-//   the last good xa (gain ga) and the ending xb (gain gb) the answer is interpolated linearly:
-//   I2 = xa + (xb - xa) ((V2 - V1) - ga) / (gb - ga), and md = M1 + DL(I2) / K.
+//   md = M1 + DL(x) / K at each point; while V1 + g(x) >= V2, x is the last good inclination, and
+//   the first x with V1 + g(x) < V2 (or a NaN gain) ends the pass. The next pass scans from the
+//   last good inclination to the x that ended the pass before, with a step SCAN_REFINE times
+//   smaller; should it reach that x without ending, that x stays the end of the bracket.
+//   Between the last good xa (gain ga) and the ending xb (gain gb) the answer is interpolated
+//   linearly: I2 = xa + (xb - xa) ((V2 - V1) - ga) / (gb - ga), and md = M1 + DL(I2) / K.
 // Degenerate: a first pass that ends at its first point (x = 0 already short of V2: deeper than the
 // arc reaches even ending vertical) or that runs past pi without ending: -18; inc and md then hold
 // the last point scanned. K is not tested for zero (the callers give a curvature).
@@ -339,7 +346,7 @@ void CPlan::solve13() {
     double e1, n1, v1;
     vector(m_stnPrev.inc, m_stnPrev.azi, e1, n1, v1);
 
-    // Dogleg of the arc that ends at inclination x on azimuth A2, with the down component of its end.
+    // Dogleg of the arc that ends at inclination x on azimuth A2; v2 is the down part of its end.
     const auto dogleg = [&](double x, double& v2) {
         double e2, n2;
         vector(x, A2, e2, n2, v2);

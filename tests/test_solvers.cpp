@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <initializer_list>
 
 #include "plan/CPlan.h"
 #include "support/PlanAccess.h"
@@ -39,43 +38,29 @@ double deg(double d) { return d * PI_ / 180.0; }
 /// An angle difference wrapped into (-pi, pi], for comparing angles that may differ by a turn.
 double wrapped(double a) { return std::remainder(a, 2.0 * PI_); }
 
-/// One arc problem: start direction, the end quantities given, curvature and depth change.
+/// One arc problem: start direction, the end quantities given, curvature and depth change. The
+/// start is at md 0, so the end md is the course length.
 struct In {
     double I1, A1, I2, A2, DL, TF, K, dV;
 };
-enum Out { INC, AZI, DL, TF, COURSE };
+using Out = double SStation::*;
+constexpr Out INC = &SStation::inc, AZI = &SStation::azi, DL = &SStation::dl, TF = &SStation::tf,
+              COURSE = &SStation::md;
 
 CPlan load(const In& in) {
     CPlan p;
-    p.m_stnPrev.md = 1000.0;
-    p.m_stnPrev.tvd = 500.0;
-    p.m_stnPrev.inc = in.I1;
-    p.m_stnPrev.azi = in.A1;
-    p.m_stnC.md = 1000.0;
-    p.m_stnC.inc = in.I2;
-    p.m_stnC.azi = in.A2;
-    p.m_stnC.dl = in.DL;
-    p.m_stnC.tf = in.TF;
-    p.m_stnC.dls = in.K;
-    p.m_stnC.tvd = 500.0 + in.dV;
+    p.m_stnPrev.tvd = 500.0, p.m_stnPrev.inc = in.I1, p.m_stnPrev.azi = in.A1;
+    p.m_stnC.inc = in.I2, p.m_stnC.azi = in.A2, p.m_stnC.dl = in.DL, p.m_stnC.tf = in.TF;
+    p.m_stnC.dls = in.K, p.m_stnC.tvd = 500.0 + in.dV;
     return p;
 }
 
-double read(const CPlan& p, Out o) {
-    switch (o) {
-    case INC: return p.m_stnC.inc;
-    case AZI: return p.m_stnC.azi;
-    case DL: return p.m_stnC.dl;
-    case TF: return p.m_stnC.tf;
-    case COURSE: return p.m_stnC.md - p.m_stnPrev.md;
-    }
-    return NAN;
-}
-
-/// Down component of the chord of a circular arc of radius 1/K and dogleg DL started with toolface
-/// TF: R (sin DL t1 + (1 - cos DL) d), d the unit toolface direction (down part -sin I1 cos TF).
-double arcDepth(double I1, double TF, double K, double DL) {
-    return (std::sin(DL) * std::cos(I1) - (1.0 - std::cos(DL)) * std::sin(I1) * std::cos(TF)) / K;
+/// Down component of the chord of a circular arc of radius 1/k and the given dogleg and toolface:
+/// (sin dogleg t1 + (1 - cos dogleg) d) / k, d the unit toolface direction (down part
+/// -sin inc cos toolface).
+double arcDepth(double inc, double toolface, double k, double dogleg) {
+    return (std::sin(dogleg) * std::cos(inc) -
+            (1.0 - std::cos(dogleg)) * std::sin(inc) * std::cos(toolface)) / k;
 }
 
 }  // namespace
@@ -90,24 +75,35 @@ TEST(Solvers, HandGeometry) {
         double expected;
     } rows[] = {
         // Exact special values.
-        {"solve1 straight (tiny drop)", 1, 0, {deg(30), deg(40), deg(30) - 5e-7, deg(40), 0, 0, 0, 0}, TF, 0.0},
+        {"solve1 straight just off vertical",
+         1, 0, {5e-7, 0, 1.2e-6, deg(200), 0, 0, 0, 0}, TF, 0.0},
         {"solve1 from vertical", 1, 0, {0, 0, deg(30), deg(200), 0, 0, 0, 0}, TF, deg(200)},
-        {"solve1 from vertical, A2 < 0", 1, 0, {0, 0, deg(30), deg(-160), 0, 0, 0, 0}, TF, deg(200)},
-        {"solve3 exactly vertical: A2 = TF", 3, 0, {0, deg(90), 0, 0, deg(25), deg(200), 0, 0}, AZI, deg(200)},
-        {"solve3 nearly vertical", 3, 0, {1e-9, deg(90), 0, 0, deg(25), deg(200), 0, 0}, AZI, deg(290)},
+        {"solve1 from vertical, A2 < 0",
+         1, 0, {0, 0, deg(30), deg(-160), 0, 0, 0, 0}, TF, deg(200)},
+        {"solve3 exactly vertical: A2 = TF",
+         3, 0, {0, deg(90), 0, 0, deg(25), deg(200), 0, 0}, AZI, deg(200)},
+        {"solve3 nearly vertical",
+         3, 0, {1e-9, deg(90), 0, 0, deg(25), deg(200), 0, 0}, AZI, deg(290)},
         {"solve10 end exactly vertical", 10, 0, {deg(30), 0, 0, 0, 0, deg(90), 0, 0}, DL, deg(30)},
-        {"solve10 start exactly vertical", 10, 0, {0, 0, deg(25), 0, 0, deg(90), 0, 0}, DL, deg(25)},
+        {"solve10 start exactly vertical",
+         10, 0, {0, 0, deg(25), 0, 0, deg(90), 0, 0}, DL, deg(25)},
         // Pure builds, drops and flat turns.
         {"solve1 pure drop", 1, 0, {deg(30), deg(40), deg(10), deg(40), 0, 0, 0, 0}, TF, PI_},
-        {"solve1 flat left turn", 1, 0, {deg(90), deg(20), deg(90), deg(350), 0, 0, 0, 0}, TF, -PI_ / 2},
-        {"solve2 flat turn across north", 2, 0, {deg(90), deg(350), deg(90), deg(20), 0, 0, 0, 0}, DL, deg(30)},
+        {"solve1 flat left turn",
+         1, 0, {deg(90), deg(20), deg(90), deg(350), 0, 0, 0, 0}, TF, -PI_ / 2},
+        {"solve2 flat turn across north",
+         2, 0, {deg(90), deg(350), deg(90), deg(20), 0, 0, 0, 0}, DL, deg(30)},
         {"solve2 from vertical", 2, 0, {0, deg(123), deg(25), 0, 0, 0, 0, 0}, DL, deg(25)},
-        {"solve3 flat right turn", 3, 0, {deg(90), deg(350), 0, 0, deg(30), deg(90), 0, 0}, AZI, deg(20)},
+        {"solve3 flat right turn",
+         3, 0, {deg(90), deg(350), 0, 0, deg(30), deg(90), 0, 0}, AZI, deg(20)},
         {"solve4 pure build", 4, 0, {deg(30), 0, 0, 0, deg(20), 0, 0, 0}, INC, deg(50)},
         {"solve4 pure drop", 4, 0, {deg(30), 0, 0, 0, deg(20), PI_, 0, 0}, INC, deg(10)},
-        {"solve6 flat turn on the horizontal", 6, 0, {deg(90), 0, 0, deg(30), 0, deg(90), 0, 0}, INC, deg(90)},
-        {"solve8 flat turn right", 8, 0, {deg(90), deg(350), deg(90), 0, deg(30), 0, 0, 0}, AZI, deg(20)},
-        {"solve8 flat turn left", 8, 1, {deg(90), deg(350), deg(90), 0, deg(30), 0, 0, 0}, AZI, deg(320)},
+        {"solve6 flat turn on the horizontal",
+         6, 0, {deg(90), 0, 0, deg(30), 0, deg(90), 0, 0}, INC, deg(90)},
+        {"solve8 flat turn right",
+         8, 0, {deg(90), deg(350), deg(90), 0, deg(30), 0, 0, 0}, AZI, deg(20)},
+        {"solve8 flat turn left",
+         8, 1, {deg(90), deg(350), deg(90), 0, deg(30), 0, 0, 0}, AZI, deg(320)},
         {"solve9 upper root", 9, 0, {deg(30), 0, 0, 0, deg(20), 0, 0, 0}, INC, deg(50)},
         {"solve9 lower root", 9, 1, {deg(30), 0, 0, 0, deg(20), 0, 0, 0}, INC, deg(10)},
         {"solve10 pure build", 10, 0, {deg(30), 0, deg(50), 0, 0, 0, 0, 0}, DL, deg(20)},
@@ -119,10 +115,13 @@ TEST(Solvers, HandGeometry) {
         {"solve6 tilted plane", 6, 0, {deg(90), 0, 0, deg(90), 0, deg(45), 0, 0}, INC, deg(135)},
         // Arcs of radius 1000 in a vertical plane: depth sin-differences of the inclinations.
         {"solve11 quarter circle", 11, 0, {0, 0, 0, 0, 0, 0, 1e-3, 1000}, DL, deg(90)},
-        {"solve11 build 30 to asin 0.8", 11, 0, {deg(30), 0, 0, 0, 0, 0, 1e-3, 300}, DL, a345 - deg(30)},
+        {"solve11 build 30 to asin 0.8",
+         11, 0, {deg(30), 0, 0, 0, 0, 0, 1e-3, 300}, DL, a345 - deg(30)},
         {"solve11 drop from horizontal", 11, 0, {deg(90), 0, 0, 0, 0, PI_, 1e-3, 500}, DL, deg(60)},
-        {"solve12 straight hold", 12, 0, {deg(60), deg(40), deg(60), deg(40), 0, 0, 0, 500}, COURSE, 1000},
-        {"solve12 quarter circle", 12, 0, {0, 0, deg(90), deg(70), 0, 0, 0, 1000}, COURSE, 500 * PI_},
+        {"solve12 straight hold",
+         12, 0, {deg(60), deg(40), deg(60), deg(40), 0, 0, 0, 500}, COURSE, 1000},
+        {"solve12 quarter circle",
+         12, 0, {0, 0, deg(90), deg(70), 0, 0, 0, 1000}, COURSE, 500 * PI_},
         {"solve13 drop to asin 0.25", 13, 0, {deg(30), deg(40), 0, deg(40), 0, 0, 1e-3, 250}, INC,
          std::asin(0.25)},
         {"solve13 its course", 13, 0, {deg(30), deg(40), 0, deg(40), 0, 0, 1e-3, 250}, COURSE,
@@ -134,7 +133,7 @@ TEST(Solvers, HandGeometry) {
         p.m_nError = -4;  // an error already set is never cleared
         Solvers::solve(p, r.solver, r.side);
         EXPECT_EQ(p.m_nError, -4);
-        EXPECT_NEAR(read(p, r.out), r.expected, r.out == COURSE ? LEN_TOL : ANG_TOL);
+        EXPECT_NEAR(p.m_stnC.*r.out, r.expected, r.out == COURSE ? LEN_TOL : ANG_TOL);
     }
 }
 
@@ -153,8 +152,9 @@ TEST(Solvers, RoundTripsThroughOneArc) {
         Solvers::solve(p, 3, 0);
         const double I2 = p.m_stnC.inc;
         const double A2 = p.m_stnC.azi;
-        // The end direction by vector algebra: t2 = cos DL t1 + sin DL (cos TF high + sin TF right).
-        const double t2v = std::cos(a.DL) * std::cos(a.I1) - std::sin(a.DL) * std::cos(a.TF) * std::sin(a.I1);
+        // The end direction by vector algebra: t2 = cos DL t1 + sin DL (cos TF high + sin TF right)
+        const double t2v =
+            std::cos(a.DL) * std::cos(a.I1) - std::sin(a.DL) * std::cos(a.TF) * std::sin(a.I1);
         const double t2e = std::cos(a.DL) * std::sin(a.I1) * std::sin(a.A1) +
                            std::sin(a.DL) * (std::cos(a.TF) * std::cos(a.I1) * std::sin(a.A1) +
                                              std::sin(a.TF) * std::cos(a.A1));
@@ -173,7 +173,7 @@ TEST(Solvers, RoundTripsThroughOneArc) {
             if (n == 6 || n == 10) q.m_stnC.tf = a.TF;
             Solvers::solve(q, n, side);
             EXPECT_EQ(q.m_nError, 0) << "solve" << n;
-            return read(q, o);
+            return q.m_stnC.*o;
         };
         EXPECT_NEAR(back(2, 0, DL), a.DL, ANG_TOL);
         EXPECT_NEAR(wrapped(back(1, 0, TF) - a.TF), 0.0, ANG_TOL);
@@ -214,11 +214,14 @@ TEST(Solvers, Failures) {
         int error;
     } rows[] = {
         {"solve6 pure build cannot turn", 6, 0, {deg(30), 0, 0, deg(30), 0, 0, 0, 0}, -8},
-        {"solve6 flat turn against the toolface", 6, 0, {deg(90), 0, 0, deg(330), 0, deg(90), 0, 0}, -8},
+        {"solve6 flat turn against the toolface",
+         6, 0, {deg(90), 0, 0, deg(330), 0, deg(90), 0, 0}, -8},
         {"solve8 vertical start", 8, 0, {0, 0, deg(30), 0, deg(30), 0, 0, 0}, -1},
         {"solve9 azimuth beyond the dogleg", 9, 0, {deg(30), 0, 0, deg(90), deg(10), 0, 0, 0}, -1},
-        {"solve9 horizontal start turning 90", 9, 0, {deg(90), 0, 0, deg(90), deg(90), 0, 0, 0}, -1},
-        {"solve10 no change of inclination", 10, 0, {deg(60), 0, deg(60), 0, 0, deg(90), 0, 0}, -14},
+        {"solve9 horizontal start turning 90",
+         9, 0, {deg(90), 0, 0, deg(90), deg(90), 0, 0, 0}, -1},
+        {"solve10 no change of inclination",
+         10, 0, {deg(60), 0, deg(60), 0, 0, deg(90), 0, 0}, -14},
         {"solve10 negative inclination", 10, 0, {deg(60), 0, -0.1, 0, 0, PI_, 0, 0}, -14},
         {"solve10 toolface cannot drop", 10, 0, {deg(60), 0, deg(30), 0, 0, deg(90), 0, 0}, -14},
         {"solve11 zero curvature", 11, 0, {deg(30), 0, 0, 0, 0, 0, 0, 300}, -1},
@@ -226,7 +229,8 @@ TEST(Solvers, Failures) {
         {"solve11 upwards from vertical", 11, 0, {0, 0, 0, 0, 0, 0, 1e-3, -500}, -17},
         {"solve12 horizontal", 12, 0, {deg(90), deg(10), deg(90), deg(10), 0, 0, 0, 100}, -7},
         {"solve12 ends average horizontal", 12, 0, {deg(60), 0, deg(120), 0, 0, 0, 0, 100}, -7},
-        {"solve13 deeper than a vertical end", 13, 0, {deg(30), deg(40), 0, deg(40), 0, 0, 1e-3, 5000}, -18},
+        {"solve13 deeper than a vertical end",
+         13, 0, {deg(30), deg(40), 0, deg(40), 0, 0, 1e-3, 5000}, -18},
         {"solve13 above every end", 13, 0, {deg(30), deg(40), 0, deg(40), 0, 0, 1e-3, -5000}, -18},
     };
     for (const auto& r : rows) {
@@ -242,6 +246,6 @@ TEST(Solvers, Failures) {
     p = load({deg(30), deg(40), 0, deg(40), 7.0, 0, 1e-3, 5000});
     Solvers::solve(p, 13, 0);
     EXPECT_EQ(p.m_stnC.inc, 0.0);
-    EXPECT_NEAR(read(p, COURSE), 1000 * deg(30), LEN_TOL);
+    EXPECT_NEAR(p.m_stnC.md, 1000 * deg(30), LEN_TOL);
     EXPECT_EQ(p.m_stnC.dl, 7.0);  // solve13 does not keep its dogleg
 }
