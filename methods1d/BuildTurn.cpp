@@ -191,16 +191,11 @@ void CPlan::bttotvd(double tvd, double build, double turn) {
 //   135: a turn that does not reach the azimuth forwards -19 with the turn negated; a build carrying
 //        the line through vertical -18 with build = I1 / (M1 - M2).
 void CPlan::meth1b() {
+    if (!loadLine()) return;
     const int line = m_nPrev + 1;
-    if (!hasStation(line)) return;
-    m_stnPrev = m_stations[m_nPrev];
-    m_stnC = m_stations[line];
     SStation& stored = m_stations[line];
     SStation& C = m_stnC;
     const double M1 = m_stnPrev.md, I1 = m_stnPrev.inc;
-    double L = C.md - M1;
-    if (L <= 0.0) L = C.md > 0.0 ? C.md : 1.0;
-    C.md = M1 + L;
     m_nError = ERR_NONE;
     const double B = C.build, T = C.turn;
 

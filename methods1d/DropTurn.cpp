@@ -19,7 +19,33 @@ constexpr double CT_STEP = 1.0;
 /// or a line of absurd length) stops there and fails with -17 instead of running on.
 constexpr long MAX_CT_STEPS = 100000;
 
+/// What a walk's judge says of the arc just laid.
+enum WalkStep { WALK_ON, WALK_DONE, WALK_GIVE_UP };
+
 }  // namespace
+
+// A constant-toolface walk: arcs of CT_STEP from m_stnPrev (dttomd with dls and tf, each from the
+// last arc's end) until `judge` (asked after each arc, with the arc's start in m_stnPrev and its end
+// in m_stnC) says WALK_DONE or WALK_GIVE_UP. After MAX_CT_STEPS arcs the walk stops with
+// m_bWalkBounded set. m_stnPrev is put back afterwards; m_stnC holds what the last arc or the judge
+// left.
+template <typename Judge>
+void CPlan::walkArcs(double dls, double tf, Judge judge) {
+    const SStation s0 = m_stnPrev;
+    double md = s0.md + CT_STEP;
+    for (long steps = 0;; ++steps) {
+        if (steps >= MAX_CT_STEPS) {
+            m_bWalkBounded = true;
+            break;
+        }
+        m_stnC.md = md;
+        dttomd(md, dls, tf);
+        if (judge() != WALK_ON) break;
+        m_stnPrev = m_stnC;
+        md += CT_STEP;
+    }
+    m_stnPrev = s0;
+}
 
 // A dogleg/toolface arc from m_stnPrev to measured depth md (a course length when it is not beyond
 // the start), with dogleg severity dls and toolface tf (wrapped into (-pi, pi]): end direction by
@@ -131,35 +157,17 @@ void CPlan::cttotvd(double tvd, double dls, double tf) {
     m_nError = ERR_NONE;
     m_bWalkBounded = false;
     bool found = false;
-    const SStation s0 = m_stnPrev;
-    double md = s0.md + CT_STEP;
-    for (long steps = 0;; ++steps) {
-        if (steps >= MAX_CT_STEPS) {
-            m_bWalkBounded = true;
-            break;
-        }
-        m_stnC.md = md;
-        dttomd(md, dls, tf);
+    walkArcs(dls, tf, [&]() {
         const double d = m_stnC.tvd - m_stnPrev.tvd;
-        if (D > 0.0) {
-            if (d < 0.0) break;
-            if (tvd < m_stnC.tvd) {
-                dttotvd(tvd, dls, tf);
-                found = true;
-                break;
-            }
-        } else {
-            if (d > 0.0) break;
-            if (tvd > m_stnC.tvd) {
-                dttotvd(tvd, dls, tf);
-                found = true;
-                break;
-            }
+        const bool down = D > 0.0;
+        if (down ? d < 0.0 : d > 0.0) return WALK_GIVE_UP;
+        if (down ? tvd < m_stnC.tvd : tvd > m_stnC.tvd) {
+            dttotvd(tvd, dls, tf);
+            found = true;
+            return WALK_DONE;
         }
-        m_stnPrev = m_stnC;
-        md += CT_STEP;
-    }
-    m_stnPrev = s0;
+        return WALK_ON;
+    });
     if (found) {
         m_stnC.dls = dls;
         m_stnC.tf = tf;
@@ -182,15 +190,10 @@ void CPlan::cttotvd(double tvd, double dls, double tf) {
 // cleared when the line is committed, except a walk stopped at its step bound, which fails the line
 // with -17.
 void CPlan::meth1c() {
+    if (!loadLine()) return;
     const int line = m_nPrev + 1;
-    if (!hasStation(line)) return;
-    m_stnPrev = m_stations[m_nPrev];
-    m_stnC = m_stations[line];
     SStation& C = m_stnC;
     const double M1 = m_stnPrev.md, I1 = m_stnPrev.inc;
-    double L = C.md - M1;
-    if (L <= 0.0) L = C.md > 0.0 ? C.md : 1.0;
-    C.md = M1 + L;
     m_nError = ERR_NONE;
     m_bWalkBounded = false;
     const double K = C.dls, TF = C.tf;
@@ -271,27 +274,16 @@ void CPlan::meth1c() {
 // kept, so the line ends at its stored depth. The start station is put back afterwards. A walk of
 // MAX_CT_STEPS arcs stops with m_bWalkBounded set.
 void CPlan::walkToAzimuth(double aim, double K, double TF) {
-    const SStation s0 = m_stnPrev;
     const SStation c0 = m_stnC;
-    double md = s0.md + CT_STEP;
-    for (long steps = 0;; ++steps) {
-        if (steps >= MAX_CT_STEPS) {
-            m_bWalkBounded = true;
-            break;
-        }
-        m_stnC.md = md;
-        dttomd(md, K, TF);
+    const bool right = c0.tf > 0.0;
+    walkArcs(K, TF, [&]() {
         const double a1 = m_stnPrev.azi, a2 = m_stnC.azi;
-        const double change = a2 - a1;
-        const bool right = c0.tf > 0.0;
-        if (right ? change < 0.0 : change > 0.0) break;
+        if (right ? a2 - a1 < 0.0 : a2 - a1 > 0.0) return WALK_GIVE_UP;
         if (right ? aim < a2 : aim > a2) {
             m_stnC.md = m_stnPrev.md + (m_stnC.md - m_stnPrev.md) * (aim - a1) / (a2 - a1);
             dttomd(c0.md, K, TF);
-            break;
+            return WALK_DONE;
         }
-        m_stnPrev = m_stnC;
-        md += CT_STEP;
-    }
-    m_stnPrev = s0;
+        return WALK_ON;
+    });
 }

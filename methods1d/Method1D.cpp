@@ -69,20 +69,29 @@ bool takesTargetDepth(short code) {
 // Deliberate: the dogleg severity lines 60, 180, 70, 80, 160, 90 and 100 keep the given severity
 // and course; the arc is laid with them and the toolface the solvers found, so a line whose inputs
 // over-determine it (70, 90) ends where severity, course and toolface take it.
-void CPlan::meth1d() {
-    if (!hasStation(m_nPrev)) return;
+// Loads the line after station m_nPrev for a line method: m_stnPrev = station m_nPrev, m_stnC =
+// station m_nPrev + 1, and the end depth from the course length L = md - M1; a given MD not beyond
+// the start is read as the course length itself, and one of 0 or less as DEFAULT_STEP. False (and
+// nothing loaded) when either station lies outside the array.
+bool CPlan::loadLine() {
     const int line = m_nPrev + 1;
-    if (!hasStation(line)) return;
+    if (!hasStation(m_nPrev) || !hasStation(line)) return false;
     m_stnPrev = m_stations[m_nPrev];
     m_stnC = m_stations[line];
-    m_nFirst = m_nLast = line;
-
     double L = m_stnC.md - m_stnPrev.md;
     if (L <= 0.0) {
         L = m_stnC.md;
         if (L <= 0.0) L = DEFAULT_STEP;
     }
     m_stnC.md = m_stnPrev.md + L;
+    return true;
+}
+
+void CPlan::meth1d() {
+    if (!loadLine()) return;
+    const int line = m_nPrev + 1;
+    m_nFirst = m_nLast = line;
+    double L = m_stnC.md - m_stnPrev.md;
 
     if (m_stnC.tvd - m_stnPrev.tvd <= RELATIVE_TVD) {
         if (m_stnC.tvd > 0.0)
@@ -264,7 +273,7 @@ void CPlan::meth_optdl1() {
         m_stnPrev.azi = m_stnC.azi;
         m_stnC.tf = 0.0;
     }
-    const double L = m_stnC.md - m_stnPrev.md;
+    double L = m_stnC.md - m_stnPrev.md;
     const double K = m_stnC.dls;
     const double TF = m_stnC.tf;
     const double I1 = m_stnPrev.inc;

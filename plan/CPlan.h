@@ -271,12 +271,15 @@ private:
     void solve13();
 
     // ==== One-dimensional lines (methods1d/Method1D.cpp, BuildTurn.cpp, DropTurn.cpp) ===========
+    bool loadLine();  ///< the line after m_nPrev into m_stnPrev/m_stnC, with its course length
     void meth_optdl1();
     void build_turn();
     void meth1b();
     void constant_toolface();
     void meth1c();
     void walkToAzimuth(double aim, double K, double TF);  ///< the arc walk of "CT4 Azm."
+    template <typename Judge>
+    void walkArcs(double dls, double tf, Judge judge);  ///< a constant-toolface walk of 1.0 arcs
 
     // ==== Bit walk (interp/Walk.cpp) ===============================================================
     void wlkpro();
