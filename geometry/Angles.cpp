@@ -61,8 +61,8 @@ double CPlan::canvec(double v1, double n1, double e1, double v2, double n2, doub
 
 // The unit direction of inclination inc that points horizontally from (n1, e1) at (n2, e2), and the
 // course length that covers the horizontal distance h at that inclination: h / sin(inc).
-// Degenerate: h within 1e-6 returns h with the raw differences in e, n and v unwritten; a vertical
-// inclination (within 1e-6) writes the vector (then straight down) but returns 0.
+// Degenerate: h within 1e-6 returns h, leaves the raw differences in e and n and does not write v;
+// a vertical inclination (within 1e-6) writes the vector (then straight down) but returns 0.
 double CPlan::tarvec(double n1, double e1, double inc, double n2, double e2, double& e, double& n,
                      double& v) {
     e = e2 - e1;
@@ -161,7 +161,7 @@ double CPlan::dazhdls2md(double daz, double h, double inc0, double build) const 
     double L = daz / h;
     if (!m_bHorizontalTurn) return L;
     L = std::sin(m_stnPrev.inc) * L;
-    if (is_zero(build) || is_zero(inc0)) return L;
+    if (is_zero(build) || !is_nonzero(inc0)) return L;
     const double L0 = L;
     const double T = std::tan(inc0 / 2.0);
     for (int pass = 0; pass < DAZ_MD_PASSES; ++pass) {

@@ -1,0 +1,198 @@
+// Angle wrapping, vectors, toolface and dogleg, the turn-rate models, and the vertical section.
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "geometry/Numerics.h"
+#include "plan/CPlan.h"
+#include "support/PlanAccess.h"
+
+struct AnglesTag;
+template <>
+struct PlanAccess<AnglesTag> {
+    static double tarvec(CPlan& p, double inc, double n2, double e2, double& e, double& n,
+                         double& v) {
+        return p.tarvec(0.0, 0.0, inc, n2, e2, e, n, v);
+    }
+    static double lasvec(CPlan& p, double tvd, double ns, double ew) { return p.lasvec(tvd, ns, ew); }
+    static double getfo(CPlan& p, double i1, double a1, double i2, double a2, double& dl,
+                        double& daz) {
+        return p.getfo(i1, a1, i2, a2, dl, daz);
+    }
+    static double hdls2daz(const CPlan& p, double h, double len, double inc0, double build) {
+        return p.hdls2daz(h, len, inc0, build);
+    }
+    static double daz2hdls(const CPlan& p, double daz, double len, double inc0, double build) {
+        return p.daz2hdls(daz, len, inc0, build);
+    }
+    static double dazhdls2md(const CPlan& p, double daz, double h, double inc0, double build) {
+        return p.dazhdls2md(daz, h, inc0, build);
+    }
+};
+using Angles = PlanAccess<AnglesTag>;
+using orrin::HALF_PI;
+using orrin::PI;
+
+namespace {
+
+constexpr double kAngTol = 1e-10;   // angles [rad]
+constexpr double kRateTol = 1e-14;  // turn rates [rad/L]
+constexpr double kLenTol = 1e-9;    // lengths and vector components [L]
+// A dogleg taken as acos of a value within rounding of 1 keeps only half the digits [rad].
+constexpr double kSmallDoglegTol = 1e-7;
+
+TEST(Angles, WrapsWithOneCorrectionEachWay) {
+    struct Row { const char* name; double (*fn)(double); double x; double expected; };
+    const Row rows[] = {
+        {"getdaz(-pi) is pi", &CPlan::getdaz, -PI, PI},
+        {"getdaz(pi) stays pi", &CPlan::getdaz, PI, PI},
+        {"getdaz(3.5 pi) is 1.5 pi, one correction", &CPlan::getdaz, 3.5 * PI, 1.5 * PI},
+        {"getdaz(-3.5 pi) is -1.5 pi, one correction", &CPlan::getdaz, -3.5 * PI, -1.5 * PI},
+        {"deltaz(2 pi) is 0", &CPlan::deltaz, 2.0 * PI, 0.0},
+        {"deltaz(-pi/2) is 1.5 pi", &CPlan::deltaz, -HALF_PI, 1.5 * PI},
+        {"deltaz(-2.5 pi) is -0.5 pi, one correction", &CPlan::deltaz, -2.5 * PI, -0.5 * PI},
+    };
+    for (const Row& r : rows) {
+        SCOPED_TRACE(r.name);
+        EXPECT_NEAR(r.fn(r.x), r.expected, kAngTol);
+    }
+    EXPECT_TRUE(std::signbit(CPlan::deltaz(-0.0)));
+
+    struct TRow { const char* name; double a, b, expected; };
+    const TRow trows[] = {
+        {"both inside the zero band", 1e-6, -1e-6, 0.0},
+        {"cosine side just outside the band", 1e-6, 2e-6, std::atan(0.5)},
+        {"east", 1.0, 0.0, HALF_PI},
+        {"south", 0.0, -1.0, PI},
+        {"west", -1.0, 0.0, 1.5 * PI},
+    };
+    for (const TRow& r : trows) {
+        SCOPED_TRACE(r.name);
+        EXPECT_NEAR(CPlan::tangle(r.a, r.b), r.expected, kAngTol);
+    }
+}
+
+TEST(Angles, Vectors) {
+    double x = 0.0, y = 0.0, z = 1e-7;
+    EXPECT_EQ(CPlan::normalize(x, y, z), 0.0);
+    EXPECT_EQ(z, 1e-7);  // too short to divide
+
+    double e, n, v;
+    EXPECT_NEAR(CPlan::canvec(1.0, 2.0, 3.0, 13.0, 5.0, 7.0, e, n, v), 13.0, kLenTol);
+    EXPECT_NEAR(e, 4.0 / 13.0, kLenTol);
+    EXPECT_NEAR(n, 3.0 / 13.0, kLenTol);
+    EXPECT_NEAR(v, 12.0 / 13.0, kLenTol);
+
+    CPlan p;
+    EXPECT_NEAR(Angles::tarvec(p, PI / 6.0, 3.0, 4.0, e, n, v), 10.0, kLenTol);  // 5 / sin 30
+    EXPECT_NEAR(e, 0.4, kLenTol);
+    EXPECT_NEAR(n, 0.3, kLenTol);
+    EXPECT_EQ(Angles::tarvec(p, 0.0, 3.0, 4.0, e, n, v), 0.0);  // vertical: vector written, 0 back
+    EXPECT_EQ(v, 1.0);
+    v = 7.0;
+    EXPECT_EQ(Angles::tarvec(p, 0.5, 0.0, 0.0, e, n, v), 0.0);  // on the spot: v not written
+    EXPECT_EQ(v, 7.0);
+
+    p.m_stnA.tvd = 100.0;
+    EXPECT_NEAR(Angles::lasvec(p, 100.0, 0.0, -10.0), 10.0, kLenTol);  // due west, level
+    EXPECT_NEAR(p.m_stnA.inc, HALF_PI, kAngTol);
+    EXPECT_NEAR(p.m_stnA.azi, 1.5 * PI, kAngTol);
+}
+
+TEST(Angles, ToolfaceAndDogleg) {
+    struct Row { const char* name; double i1, a1, i2, a2, tf, dl, daz; };
+    const Row rows[] = {
+        {"from vertical: the target azimuth in [0, 2 pi)", 0.0, 1.0, 0.5, 4.0, 4.0, 0.5, 3.0},
+        {"vertical to vertical", 0.0, 1.0, 0.0, 2.0, 0.0, 0.0, 1.0},
+        {"pure build", 0.3, 2.0, 0.7, 2.0, 0.0, 0.4, 0.0},
+        {"pure drop", 0.7, 2.0, 0.3, 2.0, PI, 0.4, 0.0},
+        {"level right turn across north", HALF_PI, 6.2, HALF_PI, 0.1, HALF_PI, 2 * PI - 6.1,
+         2 * PI - 6.1},
+        {"level left turn", HALF_PI, 0.4, HALF_PI, 0.0, -HALF_PI, 0.4, -0.4},
+        {"no change of direction", 0.5, 1.0, 0.5, 1.0, 0.0, 0.0, 0.0},
+    };
+    CPlan p;
+    for (const Row& r : rows) {
+        SCOPED_TRACE(r.name);
+        double dl = -1.0, daz = -1.0;
+        EXPECT_NEAR(Angles::getfo(p, r.i1, r.a1, r.i2, r.a2, dl, daz), r.tf, kAngTol);
+        EXPECT_NEAR(dl, r.dl, kSmallDoglegTol);
+        EXPECT_NEAR(daz, r.daz, kAngTol);
+    }
+}
+
+// The horizontal-plane turn model integrates h / sin(I) along the course; a fine Simpson rule over
+// the course is the second method.
+double simpsonAzimuthChange(double h, double len, double inc0, double build) {
+    const int steps = 100000;
+    const double ds = len / steps;
+    double sum = 0.0;
+    for (int i = 0; i <= steps; ++i) {
+        const double w = (i == 0 || i == steps) ? 1.0 : (i % 2 ? 4.0 : 2.0);
+        sum += w * h / std::sin(inc0 + build * i * ds);
+    }
+    return sum * ds / 3.0;
+}
+
+TEST(Angles, TurnModels) {
+    struct Row { const char* name; double h, len, inc0, build; };
+    const Row rows[] = {
+        {"building from 0.5", 0.001, 300.0, 0.5, 0.002},
+        {"dropping from 1.2, turning left", -0.002, 200.0, 1.2, -0.003},
+        {"steep build from 0.3", 0.0015, 250.0, 0.3, 0.004},
+        {"no build: h len / sin(inc0)", 0.001, 100.0, 0.5, 0.0},
+    };
+    CPlan p;
+    for (const Row& r : rows) {
+        SCOPED_TRACE(r.name);
+        p.m_bHorizontalTurn = true;
+        const double daz = Angles::hdls2daz(p, r.h, r.len, r.inc0, r.build);
+        EXPECT_NEAR(daz, simpsonAzimuthChange(r.h, r.len, r.inc0, r.build), kAngTol);
+        EXPECT_NEAR(Angles::daz2hdls(p, daz, r.len, r.inc0, r.build), r.h, kRateTol);
+        p.m_stnPrev.inc = r.inc0;
+        EXPECT_NEAR(Angles::dazhdls2md(p, daz, r.h, r.inc0, r.build), r.len, kLenTol);
+
+        p.m_bHorizontalTurn = false;  // plain model: daz = h len whatever the inclination
+        EXPECT_NEAR(Angles::hdls2daz(p, r.h, r.len, r.inc0, r.build), r.h * r.len, kAngTol);
+        EXPECT_NEAR(Angles::daz2hdls(p, r.h * r.len, r.len, r.inc0, r.build), r.h, kRateTol);
+        EXPECT_NEAR(Angles::dazhdls2md(p, 0.3, r.h, r.inc0, r.build), 0.3 / r.h, kLenTol);
+    }
+
+    p.m_bHorizontalTurn = true;
+    EXPECT_NEAR(Angles::hdls2daz(p, 0.001, 100.0, 1e-6, 0.002), 0.1, kAngTol);  // vertical start
+    EXPECT_NEAR(Angles::daz2hdls(p, 0.1, 100.0, -1e-6, 0.002), 0.001, kRateTol);
+    EXPECT_EQ(Angles::hdls2daz(p, 0.001, 0.0, 0.5, 0.002), 0.0);
+    EXPECT_EQ(Angles::daz2hdls(p, 0.1, -5.0, 0.5, 0.002), 0.0);
+    EXPECT_EQ(Angles::dazhdls2md(p, 0.1, 1e-6, 0.5, 0.002), 0.0);
+    // With no build the first estimate is the answer, and it takes the working station's
+    // inclination, not inc0.
+    p.m_stnPrev.inc = HALF_PI;
+    EXPECT_NEAR(Angles::dazhdls2md(p, 0.1, 0.001, 0.5, 0.0), 100.0, kLenTol);
+}
+
+TEST(VerticalSection, ProjectionAndCourseToSection) {
+    CPlan p;
+    p.SetVS(0.6, 3.0, 4.0);
+    EXPECT_NEAR(p.GetVS(3.0, 4.0), 0.0, kLenTol);
+    EXPECT_NEAR(p.GetVS(3.0 + 10.0 * std::cos(0.6), 4.0 + 10.0 * std::sin(0.6)), 10.0, kLenTol);
+
+    // Section azimuth north, origin at 0; from (0, 0) to vertical section 10. The sine of the course
+    // azimuth moves the first output and its cosine the second.
+    struct Row { const char* name; double azi, t, out1, out2; };
+    const Row rows[] = {
+        {"along the section", 0.0, 10.0, 0.0, 10.0},
+        {"exactly 90 degrees right: refused", HALF_PI, -1.0, 7.0, 7.0},
+        {"100 degrees left: negative distance", -100.0 * PI / 180.0, -57.58770483143635,
+         56.71281819617709, 10.0},
+    };
+    p.SetVS(0.0, 0.0, 0.0);
+    for (const Row& r : rows) {
+        SCOPED_TRACE(r.name);
+        double out1 = 7.0, out2 = 7.0;
+        EXPECT_NEAR(p.GetVSPoint(10.0, 0.0, 0.0, r.azi, out1, out2), r.t, kLenTol);
+        EXPECT_NEAR(out1, r.out1, kLenTol);
+        EXPECT_NEAR(out2, r.out2, kLenTol);
+    }
+}
+
+}  // namespace
