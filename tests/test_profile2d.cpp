@@ -175,6 +175,10 @@ TEST(Profile2D, SolveForPairsRecoverTheShape) {
         EXPECT_NEAR(end.ns, p.m_target.ns, kPos);
         EXPECT_NEAR(end.ew, p.m_target.ew, kPos);
         EXPECT_NEAR(end.inc, r.sShape ? r.shape.finalInc : r.shape.holdInc, kAng);
+        p.PutData(0);  // solving the plan again from the tie-on finds the same profile
+        ASSERT_EQ(p.m_nError, 0);
+        EXPECT_NEAR(at(p, p.m_nPrev).md, end.md, kPos);
+        EXPECT_NEAR(at(p, p.m_nPrev).tvd, end.tvd, kPos);
 
         p.GetData(1);
         EXPECT_EQ(p.m_nFamily, r.sShape ? 70 : 60);
