@@ -212,9 +212,12 @@ public:
     int OuijaCalcs(double md, bool incGiven, double inc, bool aziGiven, double azi, bool dlsGiven,
                    double dls, bool tfGiven, double tf, SStation plane);
 
-    // ==== Target methods (targets/CurveToTarget.cpp) ================================================
+    // ==== Target methods (targets/CurveToTarget.cpp, targets/Pending.cpp) ============================
     double stagg(double tvd, double ns, double ew);
     void meth_dtsch();
+    void meth_horlan();
+    void meth_optcc(int variant);
+    void meth_optdls();
 
 private:
     template <typename Tag>
@@ -297,6 +300,17 @@ private:
     void meth_dtctt();
     void meth_dtctmd();
     void meth_dtshc();
+
+    // ==== Target methods still to be built (targets/Pending.cpp) ===================================
+    void meth_btctt();
+    void meth_btctmd();
+    void meth_btoli();
+    void meth_dtolt();
+    void meth_btolt();
+    void meth_btsch();
+    void meth_dtholi();
+    void meth_opttan();
+    void meth_opttvd();
 
     // ---- Solver bookkeeping ------------------------------------------------------------------------
     /// The station whose stored record a failing line method corrected to a value that would work

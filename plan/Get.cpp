@@ -136,10 +136,12 @@ void CPlan::setGivenFlags(short code) {
 // The profile fields of a 2D line back from its stations and its code: the inverse of putm2d.
 // The code's digits give the holds present (hundreds: 1 kick-off, 2 tangent, 4 final hold) and the
 // two unknowns (tens and units); hold lengths are the measured-depth differences of their stations,
-// the arcs give their signed rate (build) and end inclination. `previous` is the station before
-// the line, `line` its first station.
+// the arcs give their signed rate (build) and end inclination, and the station before the line
+// gives the profile's start inclination. `previous` is the station before the line, `line` its
+// first station.
 void CPlan::getm2d(int previous, int line) {
     const short q = codeAt(line);
+    m_dStartInc = hasStation(previous) ? m_stations[previous].inc : 0.0;
     const int mask = (q % 1000) / 100;
     m_nSolveFor1 = (q % 100) / 10;
     m_nSolveFor2 = q % 10;
