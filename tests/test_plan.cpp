@@ -3,7 +3,6 @@
 
 #include <cmath>
 #include <fstream>
-#include <limits>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -156,105 +155,6 @@ TEST(PlanSurvey, Well1AgainstItsExactPlan) {
             EXPECT_NEAR(s.ew, e.h * std::sin(75 * kDeg), 1e-6);
         }
     }
-}
-
-namespace {
-
-/// One first-family line put from a fixed start: what is given, and what the solved end must show.
-struct LineCase {
-    const char* name;
-    int family, sub;
-    double md, incDeg, aziDeg, tvd, dlsDegPer100, tfDeg;
-    const char* target;  // a target name when the line's depth comes from a target
-    // expectations (NaN: not checked)
-    double endMD, endIncDeg, endAziDeg, endTVD, endDLSDegPer100;
-    short code;
-};
-
-constexpr double X = std::numeric_limits<double>::quiet_NaN();
-
-}  // namespace
-
-TEST(PlanFirstFamily, EachMethodLandsWhereItsInputsSay) {
-    // Start: md 1000, inclination 10, azimuth 20, at tvd 980, north 50, east 30. A target T at
-    // tvd 1250 serves the methods that end at a depth.
-    const LineCase rows[] = {
-        {"Straight MD", 20, 1, 1300, X, X, X, X, X, nullptr, 1300, 10, 20, X, 0, 10},
-        {"Straight TVD", 20, 2, 0, X, X, X, X, X, "T", X, 10, 20, 1250, 0, 20},
-        {"Inc Azi MD", 90, 1, 1300, 30, 45, X, X, X, nullptr, 1300, 30, 45, X, X, 30},
-        {"Inc Azi TVD", 90, 2, 0, 30, 45, X, X, X, "T", X, 30, 45, 1250, X, 40},
-        {"Inc Azi DLS", 90, 3, 0, 30, 45, X, 4, X, nullptr, X, 30, 45, X, 4, 50},
-        {"DLS Azi TVD", 90, 6, 0, X, 60, 1250, 3, X, nullptr, X, X, 60, 1250, 3, 150},
-        {"DLS Azi MD, upper root", 90, 7, 1200, X, 40, X, 3, X, nullptr, 1200, X, 40, X, 3, 80},
-        {"DLS Azi MD, lower root", 90, 8, 1200, X, 40, X, 3, X, nullptr, 1200, X, 40, X, 3, 160},
-        {"DLS Inc MD, right", 90, 9, 1200, 14, X, X, 3, X, nullptr, 1200, 14, X, X, 3, 60},
-        {"DLS Inc MD, left", 90, 10, 1200, 14, X, X, 3, X, nullptr, 1200, 14, X, X, 3, 180},
-        // 70 and 90 lay the arc with the stored DLS over the given MD: their end angles meet the
-        // given ones only when DLS and MD agree, so only the arc itself is checked.
-        {"DLS TF Inc MD", 100, 2, 1200, 14, X, X, 3, 30, nullptr, 1200, X, X, X, 3, 70},
-        {"DLS TF Azi MD", 100, 4, 1200, X, 30, X, 3, 60, nullptr, 1200, X, X, X, 3, 90},
-        {"DT1 MD", 30, 1, 1200, X, X, X, 3, 45, nullptr, 1200, X, X, X, 3, 100},
-        {"DT2 TVD", 30, 2, 0, X, X, X, 3, 45, "T", X, X, X, 1250, 3, 110},
-        {"DT3 Inc.", 30, 3, 0, 20, X, X, 3, 45, nullptr, X, 20, X, X, 3, 120},
-        {"DT4 Azm.", 30, 4, 0, X, 40, X, 3, 45, nullptr, X, X, 40, X, 3, 130},
-        {"MD as a course length", 90, 1, 200, 30, 45, X, X, X, nullptr, 1200, 30, 45, X, X, 30},
-    };
-    for (const LineCase& r : rows) {
-        SCOPED_TRACE(r.name);
-        CPlan p = planFrom(tieOn(1000, 10, 20, 980, 50, 30));
-        p.NewTarget(1);
-        STarget t;
-        t.name = u"T";
-        t.tvd = 1250;
-        t.ns = 400;
-        t.ew = 300;
-        p.LoadTarget(0, t);
-        p.m_target = r.target ? t : STarget();
-        p.m_nFamily = r.family;
-        p.m_nSubMethod = r.sub;
-        p.m_dMD = std::isnan(r.md) ? 0.0 : r.md;
-        p.m_dInc = std::isnan(r.incDeg) ? 0.0 : r.incDeg * kDeg;
-        p.m_dAzi = std::isnan(r.aziDeg) ? 0.0 : r.aziDeg * kDeg;
-        p.m_dTVD = std::isnan(r.tvd) ? 0.0 : r.tvd;
-        p.m_dDLS = std::isnan(r.dlsDegPer100) ? 0.0 : r.dlsDegPer100 * kDeg / 100.0;
-        p.m_dTF = std::isnan(r.tfDeg) ? 0.0 : r.tfDeg * kDeg;
-        p.PutData(-1);
-        ASSERT_EQ(p.m_nError, 0) << std::string(p.ErrorMessage().begin(), p.ErrorMessage().end());
-        const SStation s = station(p, 1);
-        EXPECT_EQ(s.method, r.code);
-        auto check = [](double expected, double got, double tol, const char* what) {
-            if (!std::isnan(expected)) {
-                EXPECT_NEAR(got, expected, tol) << what;
-            }
-        };
-        check(r.endMD, s.md, TOL_POS, "md");
-        check(r.endIncDeg * kDeg, s.inc, TOL_ANG, "inc");
-        check(r.endAziDeg * kDeg, s.azi, TOL_ANG, "azi");
-        // solve13 interpolates the end inclination between scan points 0.01 degree apart.
-        check(r.endTVD, s.tvd, r.code == 150 ? 1e-3 : TOL_POS, "tvd");
-        check(r.endDLSDegPer100 * kDeg / 100.0, s.dls, TOL_RATE, "dls");
-        expectOnArc(station(p, 0), s);
-        EXPECT_EQ(s.target, r.target ? u"T" : u"");
-        // Reading the line back gives the family it was put with.
-        p.GetData(1);
-        EXPECT_EQ(p.m_nFamily, r.family);
-        EXPECT_EQ(p.m_nSubMethod, r.sub);
-    }
-    // The two roots and the two turning senses really differ.
-    auto endOf = [](int family, int sub) {
-        CPlan p = planFrom(tieOn(1000, 10, 20, 980, 50, 30));
-        p.m_nFamily = family;
-        p.m_nSubMethod = sub;
-        p.m_dMD = 1200;
-        p.m_dInc = 14 * kDeg;
-        p.m_dAzi = 40 * kDeg;
-        p.m_dDLS = 3 * kDeg / 100;
-        p.PutData(-1);
-        return station(p, 1);
-    };
-    EXPECT_GT(std::remainder(endOf(90, 9).azi - 20 * kDeg, 2 * kPi), 0.0);
-    EXPECT_LT(std::remainder(endOf(90, 10).azi - 20 * kDeg, 2 * kPi), 0.0);
-    EXPECT_GT(endOf(90, 7).inc, endOf(90, 8).inc + 1e-3);
 }
 
 TEST(PlanSolving, AFailingLineLeavesTheLastGoodSolution) {
