@@ -66,7 +66,7 @@ void CPlan::SetWalkTable(const std::vector<std::pair<double, double>>& entries) 
 // its end, the line is first cut at B into a station of code 115 at exactly depth B, and the same
 // plan station is walked again from the cut. The course to B, dV = B - V1:
 //   - |dV| <= 1e-6: a course of CUT_AT_START_COURSE;
-//   - no build (|B| <= 1e-6) and I1 < pi/2: a hold, dV / cos I1;
+//   - no build rate (|build| <= 1e-6) and I1 < pi/2: a hold, dV / cos I1;
 //   - otherwise the circular depth relation sin I = sin I1 + dV build: I = asin of it, course
 //     (I - I1) / build. A sine below 0 or at 1 or more fails with -17 (the depth is not reached); a
 //     course that is not positive (NaN included) fails with -18.
