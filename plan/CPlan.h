@@ -200,6 +200,11 @@ public:
     // ==== Bit walk (interp/Walk.cpp) ===============================================================
     void CalcWalk();
     void RestoreWalk();
+    /// Fills the walk table: each entry is (vertical depth [L], walk rate [rad/L]), the rate holding
+    /// below that depth. Stores the entries sorted by increasing depth (stably; an entry whose depth
+    /// is NaN goes last) and puts all of them in use (m_nWalkEntries). A client may instead fill
+    /// m_walk and m_nWalkEntries itself, in increasing depth.
+    void SetWalkTable(const std::vector<std::pair<double, double>>& entries);
 
     // ==== One-dimensional lines (methods1d/Method1D.cpp, BuildTurn.cpp, DropTurn.cpp, Ouija.cpp) ==
     void meth1d();
