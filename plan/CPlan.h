@@ -278,6 +278,9 @@ private:
     void meth1c();
     void walkToAzimuth(double aim, double K, double TF);  ///< the arc walk of "CT4 Azm."
 
+    // ==== Interpolation at angles (interp/AngleInterp.cpp) ===========================================
+    void pointAtAngles(bool bMinCur);  ///< the position step shared by rcincint and rcaziint
+
     // ==== Bit walk (interp/Walk.cpp) ===============================================================
     void wlkpro();
 
