@@ -182,6 +182,8 @@ public:
                       double& out2) const;
 
     // ==== Interpolation at depth (interp/DepthInterp.cpp) ==========================================
+    // Each routine answers for one line, from m_stnPrev (its start) to m_stnC (its end), in m_stnA;
+    // PlanPointAt below loads those two from the plan and picks the routine.
     void mcmdint(double md, bool bConstTF);
     void mcvdint(double tvd);
     void rcmdint(double md);
@@ -196,6 +198,45 @@ public:
     SIntercept scan_exact(int mode);
     void mcnsint(double ns);
     void mcewint(double ew);
+
+    // ==== Points of the whole plan (interp/PlanPoint.cpp) ==========================================
+    /// The quantity PlanPointAt looks for.
+    enum PlanQuantity : int {
+        PLAN_MD = 0,     ///< measured depth [L]
+        PLAN_TVD = 1,    ///< true vertical depth [L]
+        PLAN_INC = 2,    ///< inclination [rad]
+        PLAN_AZI = 3,    ///< azimuth [rad]
+        PLAN_NORTH = 4,  ///< north coordinate [L]
+        PLAN_EAST = 5,   ///< east coordinate [L]
+    };
+    /// The point of the solved plan where `quantity` (a PlanQuantity) takes `value`; true when one
+    /// is found, with the point in m_stnA (md, inc, azi, tvd, ns, ew, dls; tf and the rates as the
+    /// routine used sets them).
+    ///
+    /// The plan is searched from the top, one stored part at a time (station k-1 to station k, so a
+    /// profile or target line is searched arc by arc and hold by hold), and the first part that
+    /// holds the value answers; m_stnPrev and m_stnC are left loaded with that part. The model of a
+    /// part is the code of its line's first station (continuation stations carry code 1):
+    ///   - PLAN_MD: build/turn lines (105, 115, 125, 135) by btmdint and constant-toolface lines (51,
+    ///     101, 111, 121, 131) by ctmdint, each with the line's own rates; every other line (arcs
+    ///     and holds) by minimum curvature, mcmdint. A part holds a depth between its ends' depths.
+    ///     Less than 1.0 past the start of a constant-toolface line, where its chain of 1.0 arcs has
+    ///     not begun, the point is that chain's first arc (dttomd with the line's dls and tf).
+    ///     Beyond the plan's last measured depth the last station is carried straight on along its
+    ///     direction (mcmdint on the last part).
+    ///   - PLAN_TVD: mcvdint, for every line model; a part holds a depth between its ends' depths.
+    ///   - PLAN_INC, PLAN_AZI: rcincint, rcaziint with bMinCur (minimum-curvature positions); a part
+    ///     holds the value when the routine says so (rcincint grants 0.0001 [rad] beyond its ends).
+    ///   - PLAN_NORTH, PLAN_EAST: mcnsint, mcewint; a part holds a coordinate between its ends'.
+    /// So only a measured depth follows a build/turn or constant-toolface line's own curve; the
+    /// other quantities are found on the minimum-curvature arc between its ends' directions.
+    ///
+    /// False when no part holds the value (before the tie-on depth, a plan with no lines, an
+    /// unknown quantity): m_nError = -17 (ERR_TVD_UNREACHABLE), or the last error a routine set
+    /// on a part it was asked about (mcvdint's -17 on a horizontal chord). On success m_nError = 0.
+    /// No stored station changes, and the solve cursor and range (m_nPrev, m_nFirst, m_nLast) are
+    /// kept, though the constant-toolface routines move them while they work.
+    bool PlanPointAt(int quantity, double value);
 
     // ==== Bit walk (interp/Walk.cpp) ===============================================================
     void CalcWalk();
@@ -288,6 +329,9 @@ private:
     void walkToAzimuth(double aim, double K, double TF);  ///< the arc walk of "CT4 Azm."
     template <typename Judge>
     void walkArcs(double dls, double tf, Judge judge);  ///< a constant-toolface walk of 1.0 arcs
+
+    // ==== Interpolation at angles (interp/AngleInterp.cpp) ===========================================
+    void pointAtAngles(bool bMinCur);  ///< the position step shared by rcincint and rcaziint
 
     // ==== Bit walk (interp/Walk.cpp) ===============================================================
     void wlkpro();

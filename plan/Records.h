@@ -47,16 +47,25 @@ struct ORRIN_API STarget {
 
 /// Result of CPlan::scan_exact: a head of result values, then the station found on the line.
 ///
-/// The head describes the way from the station found to the point aimed at (the point held in
-/// m_stnA before the search): `dist` is its length, (`ue`, `un`, `uv`) its unit direction and
-/// `inc`, `azi` the angles of that direction. `dist` is -100.0 when there is no intercept (a line
-/// of zero chord, or a chord parallel to the plane searched); the other head values are then 0.
+/// The search runs along the current line (m_stnPrev to m_stnC) and is described by m_stnA before
+/// it: its position (tvd, ns, ew) is the point aimed at, and in modes 1 to 3 its direction fields
+/// (ue, un, uv) the normal of a plane through that point. Mode 1 to 3 find where the line crosses
+/// the plane, any other mode (0) the line's nearest approach to the point, first on the chord; a
+/// crossing at or before the start gives the start station, at or beyond the end the end station,
+/// and between them a curved line's chord point is moved onto its arc. See CPlan::scan_exact.
+///
+/// The head describes the way from the station found to the point aimed at: `dist` is its length,
+/// (`ue`, `un`, `uv`) its unit direction, `inc` that direction's inclination and `azi` in mode 2
+/// its azimuth, in other modes the toolface at the station found that turns the hole towards it
+/// (as getfo gives it). A station on the point gives dist 0 and the other head values 0.
+/// `dist` is -100.0 when there is no intercept (a line of zero chord, or in modes 1 to 3 a chord
+/// parallel to the plane searched); the other head values are then 0 and the station is the start.
 struct ORRIN_API SIntercept {
     double dist = 0.0;  ///< distance from the station found to the point aimed at [L]; -100 none
     double ue = 0.0;    ///< east component of the unit direction towards that point [-]
     double un = 0.0;    ///< north component [-]
     double uv = 0.0;    ///< down component [-]
     double inc = 0.0;   ///< inclination of that direction [rad]
-    double azi = 0.0;   ///< azimuth of that direction [rad]
+    double azi = 0.0;   ///< its azimuth (mode 2) or the toolface towards it (other modes) [rad]
     SStation station;   ///< the station found on the line
 };
