@@ -191,7 +191,10 @@ void CPlan::cttotvd(double tvd, double dls, double tf) {
 // with -17.
 void CPlan::meth1c() {
     if (!loadLine()) return;
-    const int line = m_nPrev + 1;
+    // The single-line steps used below move the cursor (they set m_nPrev to 1 for their own
+    // callers); the line's own place is kept here.
+    const int prev = m_nPrev;
+    const int line = prev + 1;
     SStation& C = m_stnC;
     const double M1 = m_stnPrev.md, I1 = m_stnPrev.inc;
     m_nError = ERR_NONE;
@@ -247,11 +250,8 @@ void CPlan::meth1c() {
     default:
         return;
     }
-    if (m_bWalkBounded) {
-        m_nError = ERR_TVD_UNREACHABLE;
-        return;
-    }
-    constant_toolface();
+    if (!m_bWalkBounded) constant_toolface();
+    m_nPrev = prev;
     if (m_bWalkBounded) {
         m_nError = ERR_TVD_UNREACHABLE;
         return;
@@ -260,7 +260,7 @@ void CPlan::meth1c() {
     if (C.method == 121 || C.method == 51) C.inc = given.inc;
     if (C.method == 131 || C.method == 51) C.azi = given.azi;
     m_stations[line] = m_stnC;
-    ++m_nPrev;
+    m_nPrev = prev + 1;
     m_nError = ERR_NONE;
 }
 

@@ -323,11 +323,16 @@ TEST(ConstantToolface, PlanLinesEndOnTheirGivenAngles) {
         {"Inc Azi DCT, flat left", 90, 11, 0, 30, 350, 3, 0, 1500, 30, 350, -90},
         // "CT3 Inc.": inclination rises at K cos TF: 20 degrees at 3 cos 60 per 100 is 1333.33.
         {"CT3 Inc.", 30, 3, 0, 50, 0, 3, 60, 1000 + 20 / 1.5 * 100, 50, X(), 60},
-        {"CT1 MD", 30, 1, 1400, X(), X(), 3, 60, 1400, X(), X(), 60},
+        {"CT1 MD", 30, 1, 2400, X(), X(), 3, 60, 1400, X(), X(), 60},
     };
     for (const auto& r : rows) {
         SCOPED_TRACE(r.name);
         CPlan p = planWithTie(30, 20);
+        // A hold first, so that the curve is not the plan's first line.
+        p.m_nFamily = 20;
+        p.m_nSubMethod = 1;
+        p.m_dMD = 1000;
+        p.PutData(-1);
         p.m_nFamily = r.family;
         p.m_nSubMethod = r.sub;
         p.m_bConstTF = 1;
@@ -338,8 +343,8 @@ TEST(ConstantToolface, PlanLinesEndOnTheirGivenAngles) {
         p.m_dTF = r.tfDeg * kDeg;
         p.PutData(-1);
         ASSERT_EQ(p.m_nError, 0);
-        p.GetData(1);
-        EXPECT_NEAR(p.m_dMD, r.endMD, 1e-6);
+        p.GetData(2);
+        EXPECT_NEAR(p.m_dMD, r.endMD + 1000, 1e-6);
         if (!std::isnan(r.endIncDeg)) {
             EXPECT_EQ(p.m_dInc, r.endIncDeg * kDeg);
         }
