@@ -10,7 +10,9 @@
 
 namespace {
 constexpr double kDegree = 3.141592653589793 / 180.0;
-std::string narrow(const std::u16string& s) { return std::string(s.begin(), s.end()); }
+std::string narrow(const std::u16string& s) {
+    return std::string(s.begin(), s.end());
+}
 }  // namespace
 
 int main() {
@@ -35,11 +37,11 @@ int main() {
     std::printf("%s\n", narrow(plan.ErrorMessage()).c_str());
     SStation end;
     plan.DumpData(1, end);
-    std::printf("line 1 \"%s\": md %.2f  inc %.2f  azi %.2f  tvd %.3f  north %.3f  east %.3f  "
-                "dls %.3f deg/100ft\n",
-                narrow(CPlan::GetNameFromMethod(end.method)).c_str(), plan.m_dMD,
-                plan.m_dInc / kDegree, plan.m_dAzi / kDegree, plan.m_dTVD, end.ns, end.ew,
-                plan.m_dDLS / kDegree * 100.0);
+    std::printf(
+        "line 1 \"%s\": md %.2f  inc %.2f  azi %.2f  tvd %.3f  north %.3f  east %.3f  "
+        "dls %.3f deg/100ft\n",
+        narrow(CPlan::GetNameFromMethod(end.method)).c_str(), plan.m_dMD, plan.m_dInc / kDegree,
+        plan.m_dAzi / kDegree, plan.m_dTVD, end.ns, end.ew, plan.m_dDLS / kDegree * 100.0);
     // A 12 degree arc over 300 ft: the chord's factor is (2/dl) tan(dl/2).
     return plan.m_nError == 0 && std::fabs(plan.m_dTVD - 1297.8116) < 0.0001 ? 0 : 1;
 }

@@ -100,9 +100,9 @@ double CPlan::lasvec(double tvd, double ns, double ew) {
 // The two ranges of the toolface differ on purpose.
 double CPlan::getfo(double inc1, double azi1, double inc2, double azi2, double& dl, double& daz) {
     daz = getdaz(azi2 - azi1);
-    const double t = tangle(std::sin(daz) * std::sin(inc2),
-                            std::sin(inc2) * std::cos(inc1) * std::cos(daz) -
-                                std::cos(inc2) * std::sin(inc1));
+    const double t =
+        tangle(std::sin(daz) * std::sin(inc2),
+               std::sin(inc2) * std::cos(inc1) * std::cos(daz) - std::cos(inc2) * std::sin(inc1));
     double tf;
     if (is_zero(inc1)) {
         tf = is_zero(inc2) ? 0.0 : deltaz(azi2);
@@ -136,7 +136,8 @@ double CPlan::daz2hdls(double daz, double len, double inc0, double build) const 
     if (len <= 0.0) return 0.0;
     if (!m_bHorizontalTurn) return daz / len;
     if (is_nonzero(inc0) && is_nonzero(build))
-        return (daz * build) / std::log(std::tan((len * build + inc0) / 2.0) / std::tan(inc0 / 2.0));
+        return (daz * build) /
+               std::log(std::tan((len * build + inc0) / 2.0) / std::tan(inc0 / 2.0));
     if (is_zero(inc0)) return daz / len;
     return std::sin(inc0) * daz / len;
 }

@@ -11,17 +11,17 @@
 
 class ORRIN_API CVary {
 public:
-    double m_dSumSq = 0.0;     ///< running sum of the squared means [L^2]
-    double m_dDeparture = 0.0; ///< 100 x the departure mean, i.e. in hundredths of [L]
-    double m_dLatitude = 0.0;  ///< 100 x the latitude mean, in hundredths of [L]
-    double m_dTVD = 0.0;       ///< 100 x the vertical-depth mean, in hundredths of [L]
-    double m_dStart = 0.0;     ///< position of the first end of the interval [L]
-    double m_dPos = 0.0;       ///< position of the middle value [L]
-    double m_dEnd = 0.0;       ///< position of the second end of the interval [L]
-    double m_dMean = 0.0;      ///< mean height of the fitted half-sine, set by calc_area [L]
-    double m_dFirst = 0.0;     ///< value at the first end [L]
-    double m_dMid = 0.0;       ///< value at the middle position [L]
-    double m_dLast = 0.0;      ///< value at the second end [L]
+    double m_dSumSq = 0.0;      ///< running sum of the squared means [L^2]
+    double m_dDeparture = 0.0;  ///< 100 x the departure mean, i.e. in hundredths of [L]
+    double m_dLatitude = 0.0;   ///< 100 x the latitude mean, in hundredths of [L]
+    double m_dTVD = 0.0;        ///< 100 x the vertical-depth mean, in hundredths of [L]
+    double m_dStart = 0.0;      ///< position of the first end of the interval [L]
+    double m_dPos = 0.0;        ///< position of the middle value [L]
+    double m_dEnd = 0.0;        ///< position of the second end of the interval [L]
+    double m_dMean = 0.0;       ///< mean height of the fitted half-sine, set by calc_area [L]
+    double m_dFirst = 0.0;      ///< value at the first end [L]
+    double m_dMid = 0.0;        ///< value at the middle position [L]
+    double m_dLast = 0.0;       ///< value at the second end [L]
 
     CVary() = default;
     CVary(const CVary& other) = default;

@@ -23,7 +23,8 @@ void CPlan::mincur() {
     const double dmd = m_stnC.md - m_stnPrev.md;
     vector(m_stnPrev.inc, m_stnPrev.azi, m_stnPrev.ue, m_stnPrev.un, m_stnPrev.uv);
     vector(m_stnC.inc, m_stnC.azi, m_stnC.ue, m_stnC.un, m_stnC.uv);
-    const double cd = m_stnC.un * m_stnPrev.un + m_stnC.ue * m_stnPrev.ue + m_stnC.uv * m_stnPrev.uv;
+    const double cd =
+        m_stnC.un * m_stnPrev.un + m_stnC.ue * m_stnPrev.ue + m_stnC.uv * m_stnPrev.uv;
 
     double f;
     if (cd >= STRAIGHT_COS) {

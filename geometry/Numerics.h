@@ -24,11 +24,15 @@ constexpr double MIN_CHORD = 0.25;
 constexpr double DEPTH_NUDGE = 0.001;
 
 /// True when x lies outside [-1e-6, 1e-6] (both ends of the band count as zero).
-constexpr bool is_nonzero(double x) { return x < -TOL_ZERO || x > TOL_ZERO; }
+constexpr bool is_nonzero(double x) {
+    return x < -TOL_ZERO || x > TOL_ZERO;
+}
 /// True when x lies inside [-1e-6, 1e-6], both ends inclusive. Written as the band test itself, not
 /// as !is_nonzero: a NaN is neither zero nor nonzero, so both `if (is_zero(x))` and
 /// `if (is_nonzero(x))` send it to their else branch, and each routine's test reads as it is stated.
-constexpr bool is_zero(double x) { return x >= -TOL_ZERO && x <= TOL_ZERO; }
+constexpr bool is_zero(double x) {
+    return x >= -TOL_ZERO && x <= TOL_ZERO;
+}
 
 /// How far past +-1 an acos/asin argument may stray by floating-point rounding and still be read as
 /// +-1 [-]. A dot product of unit vectors, or a sum of products of sines and cosines, is off by a few
@@ -45,8 +49,12 @@ inline double unit_arg(double x) {
     return x;
 }
 /// acos under the library's clamp policy (see unit_arg).
-inline double acos_u(double x) { return std::acos(unit_arg(x)); }
+inline double acos_u(double x) {
+    return std::acos(unit_arg(x));
+}
 /// asin under the library's clamp policy (see unit_arg).
-inline double asin_u(double x) { return std::asin(unit_arg(x)); }
+inline double asin_u(double x) {
+    return std::asin(unit_arg(x));
+}
 
 }  // namespace orrin

@@ -203,7 +203,8 @@ SIntercept CPlan::scan_exact(int mode) {
             Vec3 nrm{0.0, 0.0, 1.0};
             if (plane) {
                 nrm = {aim.ue, aim.un, aim.uv};
-                if (nrm.e * t1.e + nrm.n * t1.n + nrm.v * t1.v < 0.0) nrm = {-nrm.e, -nrm.n, -nrm.v};
+                if (nrm.e * t1.e + nrm.n * t1.n + nrm.v * t1.v < 0.0)
+                    nrm = {-nrm.e, -nrm.n, -nrm.v};
             }
             interp::chord_point_to_arc(P, t1, t2, cd, D, C.md - P.md, nrm, m_stnA);
             backcal();

@@ -383,8 +383,8 @@ void CPlan::ctmdint(double md, bool bLineRates) {
         if (m_stnPrev.inc == 0.0) m_stnPrev.azi = m_stnC.azi;
         const double daz = getdaz(m_stnC.azi - m_stnPrev.azi);
         m_stnA.azi = deltaz(daz * f + m_stnPrev.azi);
-        m_stnA.tf = std::atan(
-            daz / std::log(std::tan(m_stnC.inc / 2.0) / std::tan(m_stnPrev.inc / 2.0)));
+        m_stnA.tf =
+            std::atan(daz / std::log(std::tan(m_stnC.inc / 2.0) / std::tan(m_stnPrev.inc / 2.0)));
         if (dinc == 0.0) {
             m_stnA.dls = (daz / std::sin(m_stnPrev.inc)) / dmd;
         } else {

@@ -15,14 +15,18 @@ namespace {
 /// the first 1.0 past a line's start.
 constexpr double CT_FIRST_ARC = 1.0;
 
-bool isBuildTurn(short code) { return code == 105 || code == 115 || code == 125 || code == 135; }
+bool isBuildTurn(short code) {
+    return code == 105 || code == 115 || code == 125 || code == 135;
+}
 
 bool isConstantToolface(short code) {
     return code == 51 || code == 101 || code == 111 || code == 121 || code == 131;
 }
 
 /// x lies between the two ends, both included.
-bool between(double x, double a, double b) { return std::min(a, b) <= x && x <= std::max(a, b); }
+bool between(double x, double a, double b) {
+    return std::min(a, b) <= x && x <= std::max(a, b);
+}
 
 }  // namespace
 

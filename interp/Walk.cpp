@@ -79,8 +79,7 @@ void CPlan::SetWalkTable(const std::vector<std::pair<double, double>>& entries) 
 // (115) belongs to the line being walked and is not that station, even where the plan station before
 // the cut line is m_nWalkLine; so m_dWalked... is always the walked position of m_nWalkLine.
 void CPlan::wlkpro() {
-    const int entries =
-        std::max(0, std::min(m_nWalkEntries, static_cast<int>(m_walk.size())));
+    const int entries = std::max(0, std::min(m_nWalkEntries, static_cast<int>(m_walk.size())));
     m_nWalkStations = 0;
     if (!hasStation(0)) return;
 

@@ -272,8 +272,7 @@ void CPlan::meth1b() {
             return fail(ERR_BUILD_SIGN);
         }
         break;
-    default:
-        return;
+    default: return;
     }
     build_turn();
     m_stations[line] = m_stnC;

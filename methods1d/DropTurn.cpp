@@ -202,9 +202,7 @@ void CPlan::meth1c() {
     const double K = C.dls, TF = C.tf;
 
     switch (C.method) {
-    case 101:
-        cttomd(C.md, K, TF);
-        break;
+    case 101: cttomd(C.md, K, TF); break;
     case 111:
         gettar(line, 0);
         if (IsTargetKeyValid(m_target.name) && !m_target.flag) {
@@ -214,9 +212,7 @@ void CPlan::meth1c() {
         }
         cttotvd(C.tvd, K, TF);
         break;
-    case 121:
-        C.md = (C.inc - I1) / std::cos(TF) / K + M1;
-        break;
+    case 121: C.md = (C.inc - I1) / std::cos(TF) / K + M1; break;
     case 131: {
         const double dA = getdaz(C.azi - m_stnPrev.azi);
         double aim = m_stnPrev.azi + dA;
@@ -247,8 +243,7 @@ void CPlan::meth1c() {
         }
         break;
     }
-    default:
-        return;
+    default: return;
     }
     if (!m_bWalkBounded) constant_toolface();
     m_nPrev = prev;

@@ -229,8 +229,7 @@ void CPlan::meth1d() {
         solve13();
         solve1();
         break;
-    default:
-        return;
+    default: return;
     }
     if (m_nError != ERR_NONE) return;
 

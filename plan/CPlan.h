@@ -33,10 +33,10 @@ ORRIN_API void InitOrrinDLL();
 class ORRIN_API CPlan {
 public:
     // ---- Error and selectors ------------------------------------------------------------------
-    int m_nError = 0;       ///< error code of the last operation: 0 or a negative orrin::PlanError
-    int m_nFamily = 0;      ///< method family of the line being put or read [-]
-    int m_nSubMethod = 0;   ///< variant within the family [-]
-    int m_bConstTF = 0;     ///< used as bool: constant-toolface variant of drop/turn lines
+    int m_nError = 0;      ///< error code of the last operation: 0 or a negative orrin::PlanError
+    int m_nFamily = 0;     ///< method family of the line being put or read [-]
+    int m_nSubMethod = 0;  ///< variant within the family [-]
+    int m_bConstTF = 0;    ///< used as bool: constant-toolface variant of drop/turn lines
 
     // ---- Line values (transfer fields) ----------------------------------------------------------
     double m_dVS = 0.0;     ///< vertical section of the line's end [L]
@@ -50,30 +50,30 @@ public:
     double m_dTurn = 0.0;   ///< turn rate [rad/L]
 
     // ---- Two-dimensional profile ------------------------------------------------------------------
-    int m_nSolveFor1 = 0;     ///< first unknown of a 2D profile: 1, 4 or 7 (see meth2d) [-]
-    int m_nSolveFor2 = 0;     ///< second unknown of a 2D profile [-]
-    int m_nProfileType = 0;   ///< 1 slant, 2 S-shape [-]
-    double m_dBuildDLS = 0.0; ///< signed curvature of the build arc [rad/L]
-    double m_dDropDLS = 0.0;  ///< signed curvature of the drop arc [rad/L]
-    double m_dLength1 = 0.0;  ///< kick-off hold; back-target tvd for a backward line [L]
-    double m_dLength2 = 0.0;  ///< tangent hold; back-target north for a backward line [L]
-    double m_dLength3 = 0.0;  ///< final hold; back-target east for a backward line [L]
-    double m_dHoldInc = 0.0;  ///< tangent inclination [rad]
-    double m_dFinalInc = 0.0; ///< final inclination of an S-shape [rad]
+    int m_nSolveFor1 = 0;      ///< first unknown of a 2D profile: 1, 4 or 7 (see meth2d) [-]
+    int m_nSolveFor2 = 0;      ///< second unknown of a 2D profile [-]
+    int m_nProfileType = 0;    ///< 1 slant, 2 S-shape [-]
+    double m_dBuildDLS = 0.0;  ///< signed curvature of the build arc [rad/L]
+    double m_dDropDLS = 0.0;   ///< signed curvature of the drop arc [rad/L]
+    double m_dLength1 = 0.0;   ///< kick-off hold; back-target tvd for a backward line [L]
+    double m_dLength2 = 0.0;   ///< tangent hold; back-target north for a backward line [L]
+    double m_dLength3 = 0.0;   ///< final hold; back-target east for a backward line [L]
+    double m_dHoldInc = 0.0;   ///< tangent inclination [rad]
+    double m_dFinalInc = 0.0;  ///< final inclination of an S-shape [rad]
 
     // ---- Target ---------------------------------------------------------------------------------------
-    std::u16string m_strTarget;   ///< back-target name of a "BACK Target" line
-    bool m_bTargetFlag = false;   ///< back-target flag
-    int m_nTargetMethod = 0;      ///< variant of the target families, 1 to 8 [-]
-    double m_dMethodParam1 = 0.0; ///< first dogleg severity [rad/L]
-    double m_dMethodParam2 = 0.0; ///< second dogleg severity [rad/L]
-    double m_dMethodParam3 = 0.0; ///< a length (tangent) [L]
-    double m_dMethodParam4 = 0.0; ///< an angle [rad] or a depth [L], by method
-    double m_dMethodParam5 = 0.0; ///< a vertical depth [L]
-    double m_dMethodParam6 = 0.0; ///< a vertical depth [L]
-    double m_dMethodParam7 = 0.0; ///< build rate [rad/L]
-    double m_dMethodParam8 = 0.0; ///< turn rate [rad/L]
-    STarget m_target;             ///< the target transfer record
+    std::u16string m_strTarget;    ///< back-target name of a "BACK Target" line
+    bool m_bTargetFlag = false;    ///< back-target flag
+    int m_nTargetMethod = 0;       ///< variant of the target families, 1 to 8 [-]
+    double m_dMethodParam1 = 0.0;  ///< first dogleg severity [rad/L]
+    double m_dMethodParam2 = 0.0;  ///< second dogleg severity [rad/L]
+    double m_dMethodParam3 = 0.0;  ///< a length (tangent) [L]
+    double m_dMethodParam4 = 0.0;  ///< an angle [rad] or a depth [L], by method
+    double m_dMethodParam5 = 0.0;  ///< a vertical depth [L]
+    double m_dMethodParam6 = 0.0;  ///< a vertical depth [L]
+    double m_dMethodParam7 = 0.0;  ///< build rate [rad/L]
+    double m_dMethodParam8 = 0.0;  ///< turn rate [rad/L]
+    STarget m_target;              ///< the target transfer record
 
     // ---- Cursor and range -----------------------------------------------------------------------
     int m_nFirst = 0;  ///< first stored station of the current or failing line [-]
@@ -81,9 +81,9 @@ public:
     int m_nPrev = 0;   ///< station from which the current line starts: the solve cursor [-]
 
     // ---- Working stations -----------------------------------------------------------------------
-    SStation m_stnA;     ///< scratch, and the answer of every interpolation
-    SStation m_stnPrev;  ///< copy of the station where the current line starts
-    SStation m_stnC;     ///< where the current line ends
+    SStation m_stnA;                 ///< scratch, and the answer of every interpolation
+    SStation m_stnPrev;              ///< copy of the station where the current line starts
+    SStation m_stnC;                 ///< where the current line ends
     std::u16string m_strWalkTarget;  ///< name of the bit-walk target
     double m_dBuildRadius = 0.0;     ///< signed build radius of a 2D profile [L]
     double m_dDropRadius = 0.0;      ///< signed drop radius of a 2D profile [L]
@@ -284,8 +284,8 @@ private:
     void putm1d(int station);
     void putm2d(int variant);
     void putm3d(short code);
-    void putBackward(int line);    ///< stores a backward line (family 150) at `line`
-    void setGivenFlags(short code); ///< the m_bGiven... flags of a line of this code
+    void putBackward(int line);      ///< stores a backward line (family 150) at `line`
+    void setGivenFlags(short code);  ///< the m_bGiven... flags of a line of this code
     void settar(int station, const STarget& target);
     void gettar(int station, int code);
     void getm2d(int previous, int line);

@@ -43,10 +43,9 @@ struct OldCode {
     short old, code, third, fourth;
 };
 constexpr OldCode kOldCodes[] = {
-    {2920, 2925, 0, 0},     {3910, 2910, -10, 0},   {3918, 2910, -20, 0},
-    {3940, 2940, -10, 0},   {3948, 2940, -20, 0},   {3950, 2950, -10, 0},
-    {3958, 2950, -20, 0},   {4918, 2910, -20, -10}, {4948, 2940, -20, -10},
-    {4958, 2950, -20, -10},
+    {2920, 2925, 0, 0},     {3910, 2910, -10, 0},   {3918, 2910, -20, 0}, {3940, 2940, -10, 0},
+    {3948, 2940, -20, 0},   {3950, 2950, -10, 0},   {3958, 2950, -20, 0}, {4918, 2910, -20, -10},
+    {4948, 2940, -20, -10}, {4958, 2950, -20, -10},
 };
 
 /// Family, variant (m_nSubMethod), target variant (m_nTargetMethod) and constant-toolface flag of
@@ -91,16 +90,23 @@ void CPlan::setGivenFlags(short code) {
     case 140: vs = target = true; break;
     case 30: md = inc = azi = true; break;
     case 40: inc = azi = tvd = target = true; break;
-    case 50: case 51: inc = azi = dls = true; break;
-    case 60: case 180: dls = inc = md = true; break;
-    case 80: case 160: dls = azi = md = true; break;
+    case 50:
+    case 51: inc = azi = dls = true; break;
+    case 60:
+    case 180: dls = inc = md = true; break;
+    case 80:
+    case 160: dls = azi = md = true; break;
     case 150: dls = azi = tvd = true; break;
     case 70: dls = tf = inc = md = true; break;
     case 90: dls = tf = azi = md = true; break;
-    case 100: case 101: dls = tf = md = true; break;
-    case 110: case 111: dls = tf = tvd = target = true; break;
-    case 120: case 121: dls = tf = inc = true; break;
-    case 130: case 131: dls = tf = azi = true; break;
+    case 100:
+    case 101: dls = tf = md = true; break;
+    case 110:
+    case 111: dls = tf = tvd = target = true; break;
+    case 120:
+    case 121: dls = tf = inc = true; break;
+    case 130:
+    case 131: dls = tf = azi = true; break;
     case 105: md = build = turn = true; break;
     case 115: tvd = build = turn = target = true; break;
     case 125: inc = build = turn = true; break;
@@ -202,7 +208,8 @@ void CPlan::GetData(int line) {
     if (!afterCursor) m_nPrev = line - 1;
 
     m_bLineStart = m_bGivenMD = m_bGivenInc = m_bGivenAzi = m_bGivenTVD = m_bGivenDLS = false;
-    m_bGivenTF = m_bGivenBuild = m_bGivenTurn = m_bGivenVS = m_bGivenTarget = m_bGivenParams = false;
+    m_bGivenTF = m_bGivenBuild = m_bGivenTurn = m_bGivenVS = m_bGivenTarget = m_bGivenParams =
+        false;
     m_bBackIncFollows = m_bLineStartCopy = false;
     m_stnPrev = m_stations[m_nPrev];
 

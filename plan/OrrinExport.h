@@ -6,17 +6,17 @@
 #pragma once
 
 #if defined(_WIN32) || defined(__CYGWIN__)
-#  if defined(ORRIN_STATIC)
-#    define ORRIN_API
-#  elif defined(ORRIN_BUILDING)
-#    define ORRIN_API __declspec(dllexport)
-#  else
-#    define ORRIN_API __declspec(dllimport)
-#  endif
+#if defined(ORRIN_STATIC)
+#define ORRIN_API
+#elif defined(ORRIN_BUILDING)
+#define ORRIN_API __declspec(dllexport)
 #else
-#  if defined(ORRIN_BUILDING)
-#    define ORRIN_API __attribute__((visibility("default")))
-#  else
-#    define ORRIN_API
-#  endif
+#define ORRIN_API __declspec(dllimport)
+#endif
+#else
+#if defined(ORRIN_BUILDING)
+#define ORRIN_API __attribute__((visibility("default")))
+#else
+#define ORRIN_API
+#endif
 #endif

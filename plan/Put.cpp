@@ -254,21 +254,32 @@ void CPlan::PutData(int line) {
 
     switch (m_nFamily) {
     case 20:
-        if (m_nSubMethod == 1) putOne(10, false);
-        else if (m_nSubMethod == 2) putOne(20, true);
-        else if (m_nSubMethod == 3) putOne(140, true);
+        if (m_nSubMethod == 1)
+            putOne(10, false);
+        else if (m_nSubMethod == 2)
+            putOne(20, true);
+        else if (m_nSubMethod == 3)
+            putOne(140, true);
         break;
     case 30:
-        if (m_nSubMethod == 1) putOne(ct(100, 101), false);
-        else if (m_nSubMethod == 2) putOne(ct(110, 111), true);
-        else if (m_nSubMethod == 3) putOne(ct(120, 121), false);
-        else if (m_nSubMethod == 4) putOne(ct(130, 131), false);
+        if (m_nSubMethod == 1)
+            putOne(ct(100, 101), false);
+        else if (m_nSubMethod == 2)
+            putOne(ct(110, 111), true);
+        else if (m_nSubMethod == 3)
+            putOne(ct(120, 121), false);
+        else if (m_nSubMethod == 4)
+            putOne(ct(130, 131), false);
         break;
     case 40:
-        if (m_nSubMethod == 1) putOne(105, false);
-        else if (m_nSubMethod == 2) putOne(115, true);
-        else if (m_nSubMethod == 3) putOne(125, false);
-        else if (m_nSubMethod == 4) putOne(135, false);
+        if (m_nSubMethod == 1)
+            putOne(105, false);
+        else if (m_nSubMethod == 2)
+            putOne(115, true);
+        else if (m_nSubMethod == 3)
+            putOne(125, false);
+        else if (m_nSubMethod == 4)
+            putOne(135, false);
         break;
     case 45: putm3d(2930); break;
     case 50: putm3d(910); break;
@@ -294,10 +305,14 @@ void CPlan::PutData(int line) {
         }
         break;
     case 100:
-        if (m_nSubMethod == 2) putOne(70, false);
-        else if (m_nSubMethod == 3) putOne(80, false);
-        else if (m_nSubMethod == 4) putOne(90, false);
-        else putOne(0, false);
+        if (m_nSubMethod == 2)
+            putOne(70, false);
+        else if (m_nSubMethod == 3)
+            putOne(80, false);
+        else if (m_nSubMethod == 4)
+            putOne(90, false);
+        else
+            putOne(0, false);
         break;
     case 110:
         switch (m_nTargetMethod) {

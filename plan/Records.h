@@ -12,25 +12,25 @@
 
 /// One station of a plan: the end of one planned line, or one stored part of a line.
 struct ORRIN_API SStation {
-    double md = 0.0;     ///< measured depth [L]
-    double inc = 0.0;    ///< inclination from the downward vertical [rad]
-    double azi = 0.0;    ///< azimuth clockwise from north [rad]
-    double tvd = 0.0;    ///< true vertical depth, down positive [L]
-    double ns = 0.0;     ///< north coordinate, north positive [L]
-    double ew = 0.0;     ///< east coordinate, east positive [L]
-    double dls = 0.0;    ///< dogleg severity of the line ending here, a magnitude [rad/L]
-    double tf = 0.0;     ///< toolface of the line [rad]
-    double build = 0.0;  ///< build rate of the line [rad/L]
-    double turn = 0.0;   ///< turn rate of the line [rad/L]
-    double ue = 0.0;     ///< east component of the unit direction [-]
-    double un = 0.0;     ///< north component of the unit direction [-]
-    double uv = 0.0;     ///< down component of the unit direction [-]
-    double aux1 = 0.0;   ///< settings record of target and backward lines [-]
-    double aux2 = 0.0;   ///< settings record of target and backward lines [-]
-    double dl = 0.0;     ///< dogleg (course) angle of the line [rad]
-    short method = 0;    ///< method code; 0 ends the plan, 1 continues the line before
+    double md = 0.0;        ///< measured depth [L]
+    double inc = 0.0;       ///< inclination from the downward vertical [rad]
+    double azi = 0.0;       ///< azimuth clockwise from north [rad]
+    double tvd = 0.0;       ///< true vertical depth, down positive [L]
+    double ns = 0.0;        ///< north coordinate, north positive [L]
+    double ew = 0.0;        ///< east coordinate, east positive [L]
+    double dls = 0.0;       ///< dogleg severity of the line ending here, a magnitude [rad/L]
+    double tf = 0.0;        ///< toolface of the line [rad]
+    double build = 0.0;     ///< build rate of the line [rad/L]
+    double turn = 0.0;      ///< turn rate of the line [rad/L]
+    double ue = 0.0;        ///< east component of the unit direction [-]
+    double un = 0.0;        ///< north component of the unit direction [-]
+    double uv = 0.0;        ///< down component of the unit direction [-]
+    double aux1 = 0.0;      ///< settings record of target and backward lines [-]
+    double aux2 = 0.0;      ///< settings record of target and backward lines [-]
+    double dl = 0.0;        ///< dogleg (course) angle of the line [rad]
+    short method = 0;       ///< method code; 0 ends the plan, 1 continues the line before
     std::u16string target;  ///< key of the target the line aims at; empty when none
-    bool flag = false;   ///< client flag, carried through copies
+    bool flag = false;      ///< client flag, carried through copies
 };
 
 /// One target: a named point, optionally with the direction in which it must be reached.

@@ -25,7 +25,9 @@ bool CPlan::hasStation(int i) const {
     return i >= 0 && static_cast<std::size_t>(i) < m_stations.size();
 }
 
-short CPlan::codeAt(int i) const { return hasStation(i) ? m_stations[i].method : 0; }
+short CPlan::codeAt(int i) const {
+    return hasStation(i) ? m_stations[i].method : 0;
+}
 
 // Resets the line fields of a station: the ten doubles md ... turn, the code, target and flag. The
 // direction cache (ue, un, uv), aux1, aux2 and dl are kept.
@@ -84,9 +86,13 @@ void CPlan::ClearAll() {
     m_walkStations.clear();
 }
 
-void CPlan::SaveData() { m_saved = m_stations; }
+void CPlan::SaveData() {
+    m_saved = m_stations;
+}
 
-void CPlan::RestoreData() { m_stations = m_saved; }
+void CPlan::RestoreData() {
+    m_stations = m_saved;
+}
 
 void CPlan::resize() {
     if (GetSize() + SPARE < m_stations.size()) return;

@@ -13,22 +13,22 @@ namespace orrin {
 
 /// Numbers of the string table.
 enum StringId : int {
-    IDS_LINES_PREFIX = 101,  ///< "Lines %1!d!-%2!d!:"
-    IDS_LINE_PREFIX = 102,   ///< "Line %1!d!:"
-    IDS_NO_ERROR = 103,      ///< "No error"; the error texts follow up to 124
-    IDS_UNKNOWN_ERROR = 124, ///< "%1!s! Unknown Error"
-    IDS_INSERT_POINT = 125,  ///< "Insert Point"
-    IDS_NO_METHOD = 126,     ///< "No Method"
-    IDS_SLANT = 127,         ///< "Slant"
-    IDS_S_SHAPE = 128,       ///< "S-Shape"
-    IDS_FAMILY_NONE = 129,   ///< "No Method" (family label)
-    IDS_PART = 130,          ///< "Part %1!d! "
-    IDS_HOLD = 131,          ///< "%1!s!Hold"
-    IDS_BUILD_TURN = 132,    ///< "%1!s!Build/Turn"
-    IDS_BUILD = 133,         ///< "%1!s!Build"
-    IDS_DROP_TURN = 134,     ///< "%1!s!Drop/Turn"
-    IDS_DROP = 135,          ///< "%1!s!Drop"
-    IDS_FLAT_TURN = 136,     ///< "%1!s!Flat Turn"
+    IDS_LINES_PREFIX = 101,   ///< "Lines %1!d!-%2!d!:"
+    IDS_LINE_PREFIX = 102,    ///< "Line %1!d!:"
+    IDS_NO_ERROR = 103,       ///< "No error"; the error texts follow up to 124
+    IDS_UNKNOWN_ERROR = 124,  ///< "%1!s! Unknown Error"
+    IDS_INSERT_POINT = 125,   ///< "Insert Point"
+    IDS_NO_METHOD = 126,      ///< "No Method"
+    IDS_SLANT = 127,          ///< "Slant"
+    IDS_S_SHAPE = 128,        ///< "S-Shape"
+    IDS_FAMILY_NONE = 129,    ///< "No Method" (family label)
+    IDS_PART = 130,           ///< "Part %1!d! "
+    IDS_HOLD = 131,           ///< "%1!s!Hold"
+    IDS_BUILD_TURN = 132,     ///< "%1!s!Build/Turn"
+    IDS_BUILD = 133,          ///< "%1!s!Build"
+    IDS_DROP_TURN = 134,      ///< "%1!s!Drop/Turn"
+    IDS_DROP = 135,           ///< "%1!s!Drop"
+    IDS_FLAT_TURN = 136,      ///< "%1!s!Flat Turn"
 };
 
 /// The text of string-table entry id; the empty string for a number outside the table.

@@ -282,7 +282,8 @@ void CPlan::meth_dtsch() {
         m_nError = ERR_IN_LINE;
         return;
     }
-    if (m_dMethodParam1 <= m_stnA.dls) m_dMethodParam1 = m_stations[k1].dls = m_stnA.dls + DLS_MARGIN;
+    if (m_dMethodParam1 <= m_stnA.dls)
+        m_dMethodParam1 = m_stations[k1].dls = m_stnA.dls + DLS_MARGIN;
     const double H = stagj(m_target.tvd, m_target.ns, m_target.ew, m_dMethodParam1, 1);
     if (!(H > 0.0)) {
         m_nError = ERR_BUILD_TURN;

@@ -12,15 +12,39 @@
 
 using namespace orrin;
 
-void CPlan::meth_btctt() { m_nError = ERR_UNKNOWN_SOLUTION; }
-void CPlan::meth_btctmd() { m_nError = ERR_UNKNOWN_SOLUTION; }
-void CPlan::meth_btoli() { m_nError = ERR_UNKNOWN_SOLUTION; }
-void CPlan::meth_dtolt() { m_nError = ERR_UNKNOWN_SOLUTION; }
-void CPlan::meth_btolt() { m_nError = ERR_UNKNOWN_SOLUTION; }
-void CPlan::meth_btsch() { m_nError = ERR_UNKNOWN_SOLUTION; }
-void CPlan::meth_dtholi() { m_nError = ERR_UNKNOWN_SOLUTION; }
-void CPlan::meth_optdls() { m_nError = ERR_UNKNOWN_SOLUTION; }
-void CPlan::meth_opttan() { m_nError = ERR_UNKNOWN_SOLUTION; }
-void CPlan::meth_opttvd() { m_nError = ERR_UNKNOWN_SOLUTION; }
-void CPlan::meth_optcc(int /*variant*/) { m_nError = ERR_UNKNOWN_SOLUTION; }
-void CPlan::meth_horlan() { m_nError = ERR_UNKNOWN_SOLUTION; }
+void CPlan::meth_btctt() {
+    m_nError = ERR_UNKNOWN_SOLUTION;
+}
+void CPlan::meth_btctmd() {
+    m_nError = ERR_UNKNOWN_SOLUTION;
+}
+void CPlan::meth_btoli() {
+    m_nError = ERR_UNKNOWN_SOLUTION;
+}
+void CPlan::meth_dtolt() {
+    m_nError = ERR_UNKNOWN_SOLUTION;
+}
+void CPlan::meth_btolt() {
+    m_nError = ERR_UNKNOWN_SOLUTION;
+}
+void CPlan::meth_btsch() {
+    m_nError = ERR_UNKNOWN_SOLUTION;
+}
+void CPlan::meth_dtholi() {
+    m_nError = ERR_UNKNOWN_SOLUTION;
+}
+void CPlan::meth_optdls() {
+    m_nError = ERR_UNKNOWN_SOLUTION;
+}
+void CPlan::meth_opttan() {
+    m_nError = ERR_UNKNOWN_SOLUTION;
+}
+void CPlan::meth_opttvd() {
+    m_nError = ERR_UNKNOWN_SOLUTION;
+}
+void CPlan::meth_optcc(int /*variant*/) {
+    m_nError = ERR_UNKNOWN_SOLUTION;
+}
+void CPlan::meth_horlan() {
+    m_nError = ERR_UNKNOWN_SOLUTION;
+}

@@ -124,9 +124,14 @@ void CPlan::angus() {
     const double H = std::hypot(m_dDisplacement, m_dDepthToTarget);
     const double A = std::atan2(m_dDisplacement, m_dDepthToTarget) * DEG_PER_RAD;
 
-    double x[PROFILE_SIZE] = {0.0,           m_dLength1,  m_dBuildRadius,
-                              m_dHoldInc * DEG_PER_RAD,   m_dLength2,
-                              m_dDropRadius, m_dFinalInc * DEG_PER_RAD, m_dLength3};
+    double x[PROFILE_SIZE] = {0.0,
+                              m_dLength1,
+                              m_dBuildRadius,
+                              m_dHoldInc * DEG_PER_RAD,
+                              m_dLength2,
+                              m_dDropRadius,
+                              m_dFinalInc * DEG_PER_RAD,
+                              m_dLength3};
     double g[PROFILE_SIZE] = {0.0,
                               GUESS_SHORT * H,
                               GUESS_SHORT * H,
@@ -320,9 +325,9 @@ void CPlan::meth2d() {
         return;
     if (!hold(m_dLength2, i1, c1, s1, ERR_TANGENT_OVERLAP)) return;
     if (m_nProfileType != 1) {
-        if (!lay((i2 - i1) * m_dDropRadius, i2, m_dDropRadius * (s2 - s1), m_dDropRadius * (c1 - c2),
-                 std::fabs(m_dDropDLS), arcTF(is_zero(i1) && is_nonzero(i2), i1, i2), m_dDropDLS,
-                 ERR_BUILD_TURN2))
+        if (!lay((i2 - i1) * m_dDropRadius, i2, m_dDropRadius * (s2 - s1),
+                 m_dDropRadius * (c1 - c2), std::fabs(m_dDropDLS),
+                 arcTF(is_zero(i1) && is_nonzero(i2), i1, i2), m_dDropDLS, ERR_BUILD_TURN2))
             return;
         if (!hold(m_dLength3, i2, c2, s2, ERR_FINAL_OVERLAP)) return;
     }

@@ -14,7 +14,9 @@ struct PlanAccess<AnglesTag> {
                          double& v) {
         return p.tarvec(0.0, 0.0, inc, n2, e2, e, n, v);
     }
-    static double lasvec(CPlan& p, double tvd, double ns, double ew) { return p.lasvec(tvd, ns, ew); }
+    static double lasvec(CPlan& p, double tvd, double ns, double ew) {
+        return p.lasvec(tvd, ns, ew);
+    }
     static double getfo(CPlan& p, double i1, double a1, double i2, double a2, double& dl,
                         double& daz) {
         return p.getfo(i1, a1, i2, a2, dl, daz);
@@ -42,7 +44,12 @@ constexpr double kLenTol = 1e-9;    // lengths and vector components [L]
 constexpr double kSmallDoglegTol = 1e-7;
 
 TEST(Angles, WrapsWithOneCorrectionEachWay) {
-    struct Row { const char* name; double (*fn)(double); double x; double expected; };
+    struct Row {
+        const char* name;
+        double (*fn)(double);
+        double x;
+        double expected;
+    };
     const Row rows[] = {
         {"getdaz(-pi) is pi", &CPlan::getdaz, -PI, PI},
         {"getdaz(pi) stays pi", &CPlan::getdaz, PI, PI},
@@ -58,7 +65,10 @@ TEST(Angles, WrapsWithOneCorrectionEachWay) {
     }
     EXPECT_TRUE(std::signbit(CPlan::deltaz(-0.0)));
 
-    struct TRow { const char* name; double a, b, expected; };
+    struct TRow {
+        const char* name;
+        double a, b, expected;
+    };
     const TRow trows[] = {
         {"both inside the zero band", 1e-6, -1e-6, 0.0},
         {"cosine side just outside the band", 1e-6, 2e-6, std::atan(0.5)},
@@ -100,7 +110,10 @@ TEST(Angles, Vectors) {
 }
 
 TEST(Angles, ToolfaceAndDogleg) {
-    struct Row { const char* name; double i1, a1, i2, a2, tf, dl, daz; };
+    struct Row {
+        const char* name;
+        double i1, a1, i2, a2, tf, dl, daz;
+    };
     const Row rows[] = {
         {"from vertical: the target azimuth in [0, 2 pi)", 0.0, 1.0, 0.5, 4.0, 4.0, 0.5, 3.0},
         {"vertical to vertical", 0.0, 1.0, 0.0, 2.0, 0.0, 0.0, 1.0},
@@ -135,7 +148,10 @@ double simpsonAzimuthChange(double h, double len, double inc0, double build) {
 }
 
 TEST(Angles, TurnModels) {
-    struct Row { const char* name; double h, len, inc0, build; };
+    struct Row {
+        const char* name;
+        double h, len, inc0, build;
+    };
     const Row rows[] = {
         {"building from 0.5", 0.001, 300.0, 0.5, 0.002},
         {"dropping from 1.2, turning left", -0.002, 200.0, 1.2, -0.003},
@@ -178,7 +194,10 @@ TEST(VerticalSection, ProjectionAndCourseToSection) {
 
     // Section azimuth north, origin at 0; from (0, 0) to vertical section 10. The sine of the course
     // azimuth moves the first output and its cosine the second.
-    struct Row { const char* name; double azi, t, out1, out2; };
+    struct Row {
+        const char* name;
+        double azi, t, out1, out2;
+    };
     const Row rows[] = {
         {"along the section", 0.0, 10.0, 0.0, 10.0},
         {"exactly 90 degrees right: refused", HALF_PI, -1.0, 7.0, 7.0},

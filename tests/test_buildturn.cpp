@@ -17,7 +17,9 @@ constexpr double kPer100 = kDeg / 100.0;  // 1 degree per 100 length units [rad/
 constexpr double TOL_POS = 1e-6;          // positions [L]
 constexpr double TOL_ANG = 1e-9;          // angles [rad]
 
-double X() { return std::numeric_limits<double>::quiet_NaN(); }
+double X() {
+    return std::numeric_limits<double>::quiet_NaN();
+}
 
 struct Vec {
     double e, n, v;
@@ -233,7 +235,6 @@ TEST(BuildTurn, FailuresWriteTheValueThatWouldWorkIntoTheLine) {
     }
 }
 
-
 TEST(ConstantToolface, ChainOfArcsAgainstRotatedCircles) {
     // The curve is a chain of circular arcs of 1.0, each leaving with the same toolface measured
     // from its own high side. Reference: each arc by rotating the direction t towards the unit
@@ -267,7 +268,8 @@ TEST(ConstantToolface, ChainOfArcsAgainstRotatedCircles) {
             const double a = K * ds, c1 = std::sin(a) / K, c2 = (1 - std::cos(a)) / K;
             pos = {pos.e + c1 * t.e + c2 * k.e, pos.n + c1 * t.n + c2 * k.n,
                    pos.v + c1 * t.v + c2 * k.v};
-            const Vec t2{std::cos(a) * t.e + std::sin(a) * k.e, std::cos(a) * t.n + std::sin(a) * k.n,
+            const Vec t2{std::cos(a) * t.e + std::sin(a) * k.e,
+                         std::cos(a) * t.n + std::sin(a) * k.n,
                          std::cos(a) * t.v + std::sin(a) * k.v};
             I = std::acos(t2.v);
             A = std::atan2(t2.e, t2.n);

@@ -20,14 +20,18 @@ using orrin::PI;
 
 namespace {
 
-constexpr double kLenTol = 1e-8;   // positions and depths [L]
-constexpr double kAngTol = 1e-9;   // angles [rad]
-constexpr double kRateTol = 1e-11; // dogleg severity, build and turn rates [rad/L]
+constexpr double kLenTol = 1e-8;    // positions and depths [L]
+constexpr double kAngTol = 1e-9;    // angles [rad]
+constexpr double kRateTol = 1e-11;  // dogleg severity, build and turn rates [rad/L]
 // An inclination taken as acos of a value within rounding of 1 keeps only half the digits [rad].
 constexpr double kNearVerticalTol = 1e-7;
 
-struct Dir { double md, inc, azi; };
-struct Pos { double tvd, ns, ew; };
+struct Dir {
+    double md, inc, azi;
+};
+struct Pos {
+    double tvd, ns, ew;
+};
 
 SStation at(Dir d, Pos p = {1000.0, 200.0, -300.0}) {
     SStation s;
@@ -55,23 +59,45 @@ TEST(Curvature, HandGeometryInBothModels) {
     const double fTurn = std::sqrt(0.6) * 100.0 / std::acos(0.25);
     const double hTurn = 100.0 * std::sqrt(3.0) / PI;
     const double r100 = 200.0 / PI;  // radius of a quarter circle 100 long
-    struct Row { const char* name; Dir from, to; Pos mc, rc; };
+    struct Row {
+        const char* name;
+        Dir from, to;
+        Pos mc, rc;
+    };
     const Row rows[] = {
-        {"straight level east", {0, HALF_PI, HALF_PI}, {100, HALF_PI, HALF_PI},
-         {0, 0, 100}, {0, 0, 100}},
-        {"quarter circle from vertical to level north, 100 long", {0, 0, 0}, {100, HALF_PI, 0},
-         {r100, r100, 0}, {r100, r100, 0}},
-        {"pure build 30 to 90 deg heading east, R 1000", {0, PI / 6, HALF_PI},
-         {1000 * PI / 3, HALF_PI, HALF_PI}, {500, 0, 866.0254037844386},
+        {"straight level east",
+         {0, HALF_PI, HALF_PI},
+         {100, HALF_PI, HALF_PI},
+         {0, 0, 100},
+         {0, 0, 100}},
+        {"quarter circle from vertical to level north, 100 long",
+         {0, 0, 0},
+         {100, HALF_PI, 0},
+         {r100, r100, 0},
+         {r100, r100, 0}},
+        {"pure build 30 to 90 deg heading east, R 1000",
+         {0, PI / 6, HALF_PI},
+         {1000 * PI / 3, HALF_PI, HALF_PI},
+         {500, 0, 866.0254037844386},
          {500, 0, 866.0254037844386}},
-        {"level turn north to east, R 1000", {0, HALF_PI, 0}, {500 * PI, HALF_PI, HALF_PI},
-         {0, 1000, 1000}, {0, 1000, 1000}},
-        {"right turn at 60 deg, north to east, 100 long", {0, PI / 3, 0}, {100, PI / 3, HALF_PI},
-         {fTurn, fTurn * std::sqrt(0.75), fTurn * std::sqrt(0.75)}, {50, hTurn, hTurn}},
+        {"level turn north to east, R 1000",
+         {0, HALF_PI, 0},
+         {500 * PI, HALF_PI, HALF_PI},
+         {0, 1000, 1000},
+         {0, 1000, 1000}},
+        {"right turn at 60 deg, north to east, 100 long",
+         {0, PI / 3, 0},
+         {100, PI / 3, HALF_PI},
+         {fTurn, fTurn * std::sqrt(0.75), fTurn * std::sqrt(0.75)},
+         {50, hTurn, hTurn}},
     };
     for (const Row& r : rows) {
-        const struct { const char* name; Step step; Pos want; } models[] = {
-            {"minimum curvature", &Curv::mincur, r.mc}, {"radius of curvature", &Curv::radcur, r.rc}};
+        const struct {
+            const char* name;
+            Step step;
+            Pos want;
+        } models[] = {{"minimum curvature", &Curv::mincur, r.mc},
+                      {"radius of curvature", &Curv::radcur, r.rc}};
         for (const auto& m : models) {
             SCOPED_TRACE(std::string(r.name) + ", " + m.name);
             CPlan p;
@@ -108,29 +134,95 @@ TEST(Curvature, ModelsAgreeAsTheCourseShrinks) {
 
 TEST(Curvature, RadcurRatesAndToolface) {
     struct Row {
-        const char* name; bool horizontalTurn; Dir from, to;
+        const char* name;
+        bool horizontalTurn;
+        Dir from, to;
         double dls, tf, build, turn, fromAzi, toAzi;
     };
     const double keep = 9.0;  // the toolface m_stnC holds before the step
     const Row rows[] = {
         {"pure build", false, {0, 0.2, 1}, {100, 0.5, 1}, 0.003, HALF_PI, 0.003, 0, 1, 1},
         {"pure drop", false, {0, 0.5, 1}, {100, 0.2, 1}, 0.003, -HALF_PI, -0.003, 0, 1, 1},
-        {"level right turn", false, {0, HALF_PI, 1}, {100, HALF_PI, 1.3}, 0.003, 0, 0, 0.003, 1,
+        {"level right turn",
+         false,
+         {0, HALF_PI, 1},
+         {100, HALF_PI, 1.3},
+         0.003,
+         0,
+         0,
+         0.003,
+         1,
          1.3},
-        {"level left turn", false, {0, HALF_PI, 1.3}, {100, HALF_PI, 1}, 0.003, PI, 0, -0.003,
-         1.3, 1},
-        {"right turn at 30 deg, plain turn rate", false, {0, PI / 6, 0}, {100, PI / 6, 0.2}, 0.001,
-         0, 0, 0.002, 0, 0.2},
-        {"right turn at 30 deg, horizontal turn rate", true, {0, PI / 6, 0}, {100, PI / 6, 0.2},
-         0.001, 0, 0, 0.001, 0, 0.2},
-        {"from exactly vertical: toolface is the end azimuth", false, {0, 0, 1}, {100, 0.5, 4},
-         0.005, 4, 0.005, 0, 4, 4},
-        {"to exactly vertical: end takes the start azimuth", false, {0, 0.5, 2}, {100, 0, 5},
-         0.005, -HALF_PI, -0.005, 0, 2, 2},
-        {"vertical to vertical keeps the toolface", false, {0, 0, 1}, {100, 0, 2}, 0, keep, 0, 0,
-         2, 2},
-        {"no change of direction keeps the toolface", false, {0, 0.5, 1}, {100, 0.5, 1}, 0,
-         keep, 0, 0, 1, 1},
+        {"level left turn",
+         false,
+         {0, HALF_PI, 1.3},
+         {100, HALF_PI, 1},
+         0.003,
+         PI,
+         0,
+         -0.003,
+         1.3,
+         1},
+        {"right turn at 30 deg, plain turn rate",
+         false,
+         {0, PI / 6, 0},
+         {100, PI / 6, 0.2},
+         0.001,
+         0,
+         0,
+         0.002,
+         0,
+         0.2},
+        {"right turn at 30 deg, horizontal turn rate",
+         true,
+         {0, PI / 6, 0},
+         {100, PI / 6, 0.2},
+         0.001,
+         0,
+         0,
+         0.001,
+         0,
+         0.2},
+        {"from exactly vertical: toolface is the end azimuth",
+         false,
+         {0, 0, 1},
+         {100, 0.5, 4},
+         0.005,
+         4,
+         0.005,
+         0,
+         4,
+         4},
+        {"to exactly vertical: end takes the start azimuth",
+         false,
+         {0, 0.5, 2},
+         {100, 0, 5},
+         0.005,
+         -HALF_PI,
+         -0.005,
+         0,
+         2,
+         2},
+        {"vertical to vertical keeps the toolface",
+         false,
+         {0, 0, 1},
+         {100, 0, 2},
+         0,
+         keep,
+         0,
+         0,
+         2,
+         2},
+        {"no change of direction keeps the toolface",
+         false,
+         {0, 0.5, 1},
+         {100, 0.5, 1},
+         0,
+         keep,
+         0,
+         0,
+         1,
+         1},
     };
     for (const Row& r : rows) {
         SCOPED_TRACE(r.name);
@@ -158,8 +250,8 @@ TEST(Curvature, RadcurRatesAndToolface) {
     const double de = (e1 - e2) / (2 * step), dn = (n1 - n2) / (2 * step),
                  dv = (v1 - v2) / (2 * step);
     const double im = i0 + di * mid, am = a0 + da * mid;
-    const double buildPart = de * std::cos(im) * std::sin(am) + dn * std::cos(im) * std::cos(am) -
-                             dv * std::sin(im);
+    const double buildPart =
+        de * std::cos(im) * std::sin(am) + dn * std::cos(im) * std::cos(am) - dv * std::sin(im);
     const double turnPart = de * std::cos(am) - dn * std::sin(am);
     CPlan p;
     p.m_stnPrev = at({0, i0, a0});
@@ -193,7 +285,10 @@ TEST(Curvature, RadcurRatesAndToolface) {
 // end direction and the course length back. The dogleg is checked against the angle between the
 // two end directions.
 TEST(Curvature, ArcToPointInvertsMinimumCurvature) {
-    struct Row { const char* name; Dir from, to; };
+    struct Row {
+        const char* name;
+        Dir from, to;
+    };
     const Row rows[] = {
         {"build and turn", {100, 0.3, 0.5}, {400, 0.9, 1.4}},
         {"drop and turn across north", {100, 1.2, 5.9}, {300, 0.8, 0.3}},
@@ -206,8 +301,9 @@ TEST(Curvature, ArcToPointInvertsMinimumCurvature) {
         p.m_stnPrev = at(r.from);
         p.m_stnC = at(r.to);
         Curv::mincur(p);
-        const double dogleg = std::acos(p.m_stnPrev.ue * p.m_stnC.ue +
-                                        p.m_stnPrev.un * p.m_stnC.un + p.m_stnPrev.uv * p.m_stnC.uv);
+        const double dogleg =
+            std::acos(p.m_stnPrev.ue * p.m_stnC.ue + p.m_stnPrev.un * p.m_stnC.un +
+                      p.m_stnPrev.uv * p.m_stnC.uv);
         p.m_stnA = at({0, 0, 0}, {p.m_stnC.tvd, p.m_stnC.ns, p.m_stnC.ew});
         EXPECT_NEAR(p.ptoang(), dogleg, kAngTol);
         EXPECT_NEAR(p.m_stnA.md, r.to.md, kLenTol);
@@ -220,17 +316,30 @@ TEST(Curvature, ArcToPointInvertsMinimumCurvature) {
 // From level north at md 1000, tvd 500: straight courses for short chords and points on the
 // tangent (ahead or behind); arcs otherwise.
 TEST(Curvature, ArcToPointStraightAndLimitCases) {
-    struct Row { const char* name; Pos point; double md, dogleg, inc, azi, dls; };
+    struct Row {
+        const char* name;
+        Pos point;
+        double md, dogleg, inc, azi, dls;
+    };
     const Row rows[] = {
         {"chord 0.2 at right angles: straight", {500, 0, 0.2}, 1000.2, 0, HALF_PI, 0, 0},
-        {"chord exactly 0.25 at right angles: straight", {500, 0, 0.25}, 1000.25, 0, HALF_PI, 0,
-         0},
+        {"chord exactly 0.25 at right angles: straight", {500, 0, 0.25}, 1000.25, 0, HALF_PI, 0, 0},
         {"on the tangent 50 ahead", {500, 50, 0}, 1050, 0, HALF_PI, 0, 0},
         {"on the tangent 50 behind: straight ahead", {500, -50, 0}, 1050, 0, HALF_PI, 0, 0},
-        {"chord 0.3 at right angles: half circle", {500, 0, 0.3}, 1000 + 0.15 * PI, PI, HALF_PI,
-         PI, 1 / 0.15},
-        {"quarter circle of radius 100 down to vertical", {600, 100, 0}, 1000 + 50 * PI, HALF_PI,
-         0, 0, 0.01},
+        {"chord 0.3 at right angles: half circle",
+         {500, 0, 0.3},
+         1000 + 0.15 * PI,
+         PI,
+         HALF_PI,
+         PI,
+         1 / 0.15},
+        {"quarter circle of radius 100 down to vertical",
+         {600, 100, 0},
+         1000 + 50 * PI,
+         HALF_PI,
+         0,
+         0,
+         0.01},
     };
     for (const Row& r : rows) {
         SCOPED_TRACE(r.name);

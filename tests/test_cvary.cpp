@@ -28,7 +28,10 @@ double simpsonHalfSineMean(double start, double pos, double end, double first, d
 }
 
 TEST(CVary, HalfSineMeans) {
-    struct Row { const char* name; double start, pos, end, first, mid, last; };
+    struct Row {
+        const char* name;
+        double start, pos, end, first, mid, last;
+    };
     const Row rows[] = {
         {"middle above the line", 100, 130, 200, 0, 5, 10},
         {"middle below the line, falling values", 0, 25, 40, 20, -3, -10},
@@ -72,10 +75,10 @@ TEST(CVary, SumOfSquaresAndCopy) {
 
     CVary copy;
     copy = v;
-    const double CVary::*members[] = {
-        &CVary::m_dSumSq, &CVary::m_dDeparture, &CVary::m_dLatitude, &CVary::m_dTVD,
-        &CVary::m_dStart, &CVary::m_dPos,       &CVary::m_dEnd,      &CVary::m_dMean,
-        &CVary::m_dFirst, &CVary::m_dMid,       &CVary::m_dLast};
+    const double CVary::*members[] = {&CVary::m_dSumSq, &CVary::m_dDeparture, &CVary::m_dLatitude,
+                                      &CVary::m_dTVD,   &CVary::m_dStart,     &CVary::m_dPos,
+                                      &CVary::m_dEnd,   &CVary::m_dMean,      &CVary::m_dFirst,
+                                      &CVary::m_dMid,   &CVary::m_dLast};
     for (auto m : members) EXPECT_EQ(copy.*m, v.*m);
 }
 

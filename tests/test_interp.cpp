@@ -23,18 +23,24 @@ namespace {
 
 constexpr double kPi = 3.141592653589793;
 constexpr double kDeg = kPi / 180.0;
-constexpr double kLenTol = 1e-7;   // positions and depths [L]
-constexpr double kAngTol = 1e-9;   // angles [rad]
-constexpr double kRateTol = 1e-11; // dogleg severity and rates [rad/L]
+constexpr double kLenTol = 1e-7;    // positions and depths [L]
+constexpr double kAngTol = 1e-9;    // angles [rad]
+constexpr double kRateTol = 1e-11;  // dogleg severity and rates [rad/L]
 // Positions on a whole plan, reached through hundreds of chained arcs or Simpson's rule [L].
 constexpr double kPlanLenTol = 1e-6;
 
-struct V3 { double e, n, v; };
+struct V3 {
+    double e, n, v;
+};
 V3 dir(double inc, double azi) {
     return {std::sin(azi) * std::sin(inc), std::cos(azi) * std::sin(inc), std::cos(inc)};
 }
-V3 add(V3 a, V3 b, double k = 1.0) { return {a.e + k * b.e, a.n + k * b.n, a.v + k * b.v}; }
-double dot(V3 a, V3 b) { return a.e * b.e + a.n * b.n + a.v * b.v; }
+V3 add(V3 a, V3 b, double k = 1.0) {
+    return {a.e + k * b.e, a.n + k * b.n, a.v + k * b.v};
+}
+double dot(V3 a, V3 b) {
+    return a.e * b.e + a.n * b.n + a.v * b.v;
+}
 /// Angle between two unit vectors, from their chord (accurate for small angles).
 double angle(V3 a, V3 b) {
     const V3 d = add(a, b, -1.0);
@@ -60,7 +66,9 @@ SStation at(double md, double inc, double azi, V3 pos) {
     s.ew = pos.e, s.ns = pos.n, s.tvd = pos.v;
     return s;
 }
-V3 posOf(const SStation& s) { return {s.ew, s.ns, s.tvd}; }
+V3 posOf(const SStation& s) {
+    return {s.ew, s.ns, s.tvd};
+}
 void expectAt(const SStation& s, V3 want, double tol) {
     EXPECT_NEAR(s.ew, want.e, tol) << "east";
     EXPECT_NEAR(s.ns, want.n, tol) << "north";
@@ -92,8 +100,10 @@ void expectOnArc(const CPlan& p, const Arc& a, double s, const char* what) {
 
 const Arc kArcs[] = {
     {"quarter circle from vertical to level north", 100 * kPi / 2, 0.0, 0.0, kPi / 2, 0.0},
-    {"build and right turn, 30/40 to 60/100 deg", 300.0, 30 * kDeg, 40 * kDeg, 60 * kDeg, 100 * kDeg},
-    {"drop and left turn through the north-west", 250.0, 80 * kDeg, 350 * kDeg, 45 * kDeg, 300 * kDeg},
+    {"build and right turn, 30/40 to 60/100 deg", 300.0, 30 * kDeg, 40 * kDeg, 60 * kDeg,
+     100 * kDeg},
+    {"drop and left turn through the north-west", 250.0, 80 * kDeg, 350 * kDeg, 45 * kDeg,
+     300 * kDeg},
     {"build heading south-west, north and east falling", 400.0, 20 * kDeg, 200 * kDeg, 70 * kDeg,
      250 * kDeg},
     {"hold at 45/120 deg", 150.0, 45 * kDeg, 120 * kDeg, 45 * kDeg, 120 * kDeg},
@@ -146,20 +156,27 @@ TEST(InterpLine, DepthAndPlanesLandOnTheArc) {
             CPlan p;
             loadArc(p, a);
             const SStation s = p.m_stnPrev, e = p.m_stnC;
-            const struct { const char* what; int kind; double value; } asks[] = {
+            const struct {
+                const char* what;
+                int kind;
+                double value;
+            } asks[] = {
                 {"tvd", 0, s.tvd + f * (e.tvd - s.tvd)},
                 {"north", 1, s.ns + f * (e.ns - s.ns)},
                 {"east", 2, s.ew + f * (e.ew - s.ew)},
             };
             for (const auto& q : asks) {
                 SCOPED_TRACE(std::string(a.name) + ", " + q.what + " at " + std::to_string(f));
-                if (q.kind != 0 && std::fabs(q.kind == 1 ? e.ns - s.ns : e.ew - s.ew) < 1.0) continue;
+                if (q.kind != 0 && std::fabs(q.kind == 1 ? e.ns - s.ns : e.ew - s.ew) < 1.0)
+                    continue;
                 loadArc(p, a);
                 if (q.kind == 0) p.mcvdint(q.value);
                 if (q.kind == 1) p.mcnsint(q.value);
                 if (q.kind == 2) p.mcewint(q.value);
                 EXPECT_EQ(p.m_nError, 0);
-                const double got = q.kind == 0 ? p.m_stnA.tvd : q.kind == 1 ? p.m_stnA.ns : p.m_stnA.ew;
+                const double got = q.kind == 0   ? p.m_stnA.tvd
+                                   : q.kind == 1 ? p.m_stnA.ns
+                                                 : p.m_stnA.ew;
                 EXPECT_NEAR(got, q.value, kLenTol);
                 expectOnArc(p, a, p.m_stnA.md - s.md, "on the arc");
             }
@@ -211,8 +228,14 @@ TEST(InterpLine, DepthEdges) {
 // Inclination and azimuth searches, with the 0.0001 rad band beyond a line's inclination range and
 // no band for azimuth. The line builds 0.2 to 0.4 over 100 (md 1000 to 1100).
 TEST(InterpLine, InclinationAndAzimuthBands) {
-    struct Row { const char* name; double inc1, inc2, azi1, azi2; bool byInc; double ask; bool ok;
-                 double md; };
+    struct Row {
+        const char* name;
+        double inc1, inc2, azi1, azi2;
+        bool byInc;
+        double ask;
+        bool ok;
+        double md;
+    };
     const Row rows[] = {
         {"inside", 0.2, 0.4, 1.0, 1.0, true, 0.3, true, 1050},
         {"just past the end", 0.2, 0.4, 1.0, 1.0, true, 0.40005, true, 1100},
@@ -222,8 +245,8 @@ TEST(InterpLine, InclinationAndAzimuthBands) {
         {"dropping, inside", 0.4, 0.2, 1.0, 1.0, true, 0.25, true, 1075},
         {"held at the value", 0.3, 0.3, 1.0, 1.0, true, 0.3, true, 1000},
         {"held elsewhere", 0.3, 0.3, 1.0, 1.0, true, 0.31, false, 1000},
-        {"azimuth through north", 0.3, 0.3, 6.2, 0.1, false, 0.05,
-         true, 1000 + 100 * (0.05 + 2 * kPi - 6.2) / (0.1 + 2 * kPi - 6.2)},
+        {"azimuth through north", 0.3, 0.3, 6.2, 0.1, false, 0.05, true,
+         1000 + 100 * (0.05 + 2 * kPi - 6.2) / (0.1 + 2 * kPi - 6.2)},
         {"azimuth outside", 0.3, 0.3, 1.0, 2.0, false, 2.001, false, 1000},
         {"azimuth from vertical", 0.0, 0.3, 1.0, 2.0, false, 1.5, false, 1000},
     };
@@ -296,7 +319,7 @@ CPlan mixedPlan() {
     p.m_dInc = 30 * kDeg, p.m_dAzi = 45 * kDeg;
     put(90, 1, false, 1000.0);
     p.m_dDLS = 0.004, p.m_dTF = 1.0;
-    put(30, 1, true, 1400.5);   // "CT1 MD"
+    put(30, 1, true, 1400.5);  // "CT1 MD"
     p.m_dBuild = 0.002, p.m_dTurn = 0.003;
     put(40, 1, false, 1800.0);  // "BT1 MD"
     p.m_dInc = 80 * kDeg, p.m_dAzi = 120 * kDeg;
@@ -346,10 +369,12 @@ TEST(InterpPlan, WholePlanPoints) {
         for (double done = 0.0, step = 1.0; done < 250.25; done += step) {
             step = std::fmin(1.0, 250.25 - done);
             const double inc = std::acos(t.v), azi = std::atan2(t.e, t.n), dl = K * step;
-            const V3 high{std::cos(inc) * std::sin(azi), std::cos(inc) * std::cos(azi), -std::sin(inc)};
+            const V3 high{std::cos(inc) * std::sin(azi), std::cos(inc) * std::cos(azi),
+                          -std::sin(inc)};
             const V3 right{std::cos(azi), -std::sin(azi), 0.0};
-            const V3 plane = add(V3{std::cos(TF) * high.e, std::cos(TF) * high.n, std::cos(TF) * high.v},
-                                 right, std::sin(TF));
+            const V3 plane =
+                add(V3{std::cos(TF) * high.e, std::cos(TF) * high.n, std::cos(TF) * high.v}, right,
+                    std::sin(TF));
             const V3 t2 = add(V3{std::cos(dl) * t.e, std::cos(dl) * t.n, std::cos(dl) * t.v}, plane,
                               std::sin(dl));
             pos = add(pos, add(t, t2), std::tan(dl / 2) / K);
@@ -364,10 +389,16 @@ TEST(InterpPlan, WholePlanPoints) {
     }
 
     // Depth, inclination, azimuth and the planes: the point found has the value asked for.
-    struct Ask { const char* name; int q; double value; double tol; };
+    struct Ask {
+        const char* name;
+        int q;
+        double value;
+        double tol;
+    };
     const Ask asks[] = {
         {"tvd in the first arc", CPlan::PLAN_TVD, 700.0, kLenTol},
-        {"tvd in the build/turn line", CPlan::PLAN_TVD, 0.5 * (stored[2].tvd + stored[3].tvd), kLenTol},
+        {"tvd in the build/turn line", CPlan::PLAN_TVD, 0.5 * (stored[2].tvd + stored[3].tvd),
+         kLenTol},
         {"inclination in the first arc", CPlan::PLAN_INC, 20 * kDeg, kAngTol},
         {"azimuth in the last arc", CPlan::PLAN_AZI, 0.5 * (stored[3].azi + 120 * kDeg), kAngTol},
         {"north in the constant-toolface line", CPlan::PLAN_NORTH,
@@ -377,8 +408,8 @@ TEST(InterpPlan, WholePlanPoints) {
     for (const Ask& a : asks) {
         SCOPED_TRACE(a.name);
         ASSERT_TRUE(p.PlanPointAt(a.q, a.value));
-        const double got[] = {p.m_stnA.md, p.m_stnA.tvd, p.m_stnA.inc, p.m_stnA.azi, p.m_stnA.ns,
-                              p.m_stnA.ew};
+        const double got[] = {p.m_stnA.md,  p.m_stnA.tvd, p.m_stnA.inc,
+                              p.m_stnA.azi, p.m_stnA.ns,  p.m_stnA.ew};
         EXPECT_NEAR(got[a.q], a.value, a.tol);
         EXPECT_EQ(p.m_nError, 0);
     }

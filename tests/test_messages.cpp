@@ -60,10 +60,10 @@ TEST(ErrorMessage, PrefixFollowsTheRange) {
     } rows[] = {
         {2, 2, u"Line 3: Unknown Solution problem"},
         {2, 4, u"Lines 3-5: Unknown Solution problem"},
-        {150, 150, u"Line 1: Unknown Solution problem"},   // first beyond 100 shows line 1
-        {-3, 2, u"Lines 1-3: Unknown Solution problem"},   // a negative first counts as 0
-        {5, 3, u"Line 6: Unknown Solution problem"},       // a reversed range names the first
-        {2, 100, u"Line 3: Unknown Solution problem"},     // a last of 100 or more is not shown
+        {150, 150, u"Line 1: Unknown Solution problem"},  // first beyond 100 shows line 1
+        {-3, 2, u"Lines 1-3: Unknown Solution problem"},  // a negative first counts as 0
+        {5, 3, u"Line 6: Unknown Solution problem"},      // a reversed range names the first
+        {2, 100, u"Line 3: Unknown Solution problem"},    // a last of 100 or more is not shown
         {2, 99, u"Lines 3-100: Unknown Solution problem"},
         {100, 100, u"Line 101: Unknown Solution problem"},
     };

@@ -13,7 +13,9 @@ constexpr double LEN_TOL = 1e-6;    ///< lengths, depths and coordinates [L]
 constexpr double RATE_TOL = 1e-12;  ///< dogleg severity, build and turn [rad/L]
 const double PI_ = std::acos(-1.0);
 const double X = NAN;  ///< an expected value that the row does not check
-double deg(double d) { return d * PI_ / 180.0; }
+double deg(double d) {
+    return d * PI_ / 180.0;
+}
 
 /// A tie-on at md 1000, tvd 900, north 100, east -50.
 SStation tie(double inc, double azi, double tvd = 900.0) {

@@ -200,7 +200,8 @@ TEST(PlanSolving, DepthOrderPassLimitAndInsertPoints) {
             EXPECT_DOUBLE_EQ(station(p, 2).md, 100.001);
         } else {
             EXPECT_EQ(p.m_nError, -10);
-            EXPECT_EQ(p.ErrorMessage(), u"Line 3: Tangent depth overlap, try increasing build or drop rate");
+            EXPECT_EQ(p.ErrorMessage(),
+                      u"Line 3: Tangent depth overlap, try increasing build or drop rate");
             EXPECT_EQ(station(p, 2).md, 95.0);
         }
     }

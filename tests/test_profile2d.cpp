@@ -19,9 +19,9 @@ using Access = PlanAccess<Profile2DTag>;
 
 namespace {
 
-constexpr double kPos = 1e-4;    ///< positions and depths [L]
-constexpr double kAng = 1e-7;    ///< angles [rad]
-constexpr double kLen = 1e-3;    ///< solved lengths and radii [L]
+constexpr double kPos = 1e-4;  ///< positions and depths [L]
+constexpr double kAng = 1e-7;  ///< angles [rad]
+constexpr double kLen = 1e-3;  ///< solved lengths and radii [L]
 constexpr double kDeg = M_PI / 180.0;
 
 /// The seven parameters of a profile: lengths and signed radii [L], inclinations [rad].
@@ -69,8 +69,8 @@ std::pair<double, double> reach(const Shape& p, double i0, bool sShape) {
 CPlan putProfile(bool sShape, Shape p, int u, int w, double i0, double azi, double down,
                  double across, double tieOff = 0.0) {
     for (int k : {u, w}) {
-        double* f[] = {nullptr,     &p.kickoff, &p.buildR,   &p.holdInc,
-                       &p.tangent,  &p.dropR,   &p.finalInc, &p.finalHold};
+        double* f[] = {nullptr,    &p.kickoff, &p.buildR,   &p.holdInc,
+                       &p.tangent, &p.dropR,   &p.finalInc, &p.finalHold};
         *f[k] = 0.0;
     }
     CPlan plan;
@@ -203,8 +203,8 @@ TEST(Profile2D, FailureCodes) {
     const Shape slant{500.0, 2000.0, 30.0 * kDeg, 1500.0, 0.0, 0.0, 0.0};
     const Shape sShape{400.0, 2000.0, 40.0 * kDeg, 1200.0, -1800.0, 10.0 * kDeg, 600.0};
     auto with = [](Shape s, int field, double value) {
-        double* f[] = {nullptr, &s.kickoff, &s.buildR, &s.holdInc, &s.tangent, &s.dropR,
-                       &s.finalInc, &s.finalHold};
+        double* f[] = {nullptr,    &s.kickoff, &s.buildR,   &s.holdInc,
+                       &s.tangent, &s.dropR,   &s.finalInc, &s.finalHold};
         *f[field] = value;
         return s;
     };
@@ -220,7 +220,8 @@ TEST(Profile2D, FailureCodes) {
         {"target straight below", false, slant, 3, 4, 0.0, 0.0, true, false, -12},
         {"target level with the start", false, slant, 3, 4, 0.0, 0.0, false, true, -12},
         {"inclined start 0.0011 rad off", false, slant, 3, 4, 0.2, 0.0011, false, false, -3},
-        {"kick-off solved to -200", false, with(slant, 1, -200.0), 1, 4, 0.0, 0.0, false, false, -9},
+        {"kick-off solved to -200", false, with(slant, 1, -200.0), 1, 4, 0.0, 0.0, false, false,
+         -9},
         {"build radius against the build", false, with(slant, 2, -2000.0), 1, 4, 0.0, 0.0, false,
          false, -1},
         {"no build rate", false, with(slant, 2, 0.0), 3, 4, 0.0, 0.0, false, false, -1},
@@ -228,7 +229,8 @@ TEST(Profile2D, FailureCodes) {
          false, -2},
         {"given tangent inclination negative", false, with(slant, 3, -5.0 * kDeg), 1, 4, 0.0, 0.0,
          false, false, -14},
-        {"tangent solved to -300", false, with(slant, 4, -300.0), 1, 4, 0.0, 0.0, false, false, -10},
+        {"tangent solved to -300", false, with(slant, 4, -300.0), 1, 4, 0.0, 0.0, false, false,
+         -10},
         {"final hold solved to -300", true, with(sShape, 7, -300.0), 4, 7, 0.0, 0.0, false, false,
          -11},
     };

@@ -34,9 +34,13 @@ namespace {
 constexpr double ANG_TOL = 1e-9;  ///< angles [rad]
 constexpr double LEN_TOL = 1e-6;  ///< lengths and depths [L]
 const double PI_ = std::acos(-1.0);
-double deg(double d) { return d * PI_ / 180.0; }
+double deg(double d) {
+    return d * PI_ / 180.0;
+}
 /// An angle difference wrapped into (-pi, pi], for comparing angles that may differ by a turn.
-double wrapped(double a) { return std::remainder(a, 2.0 * PI_); }
+double wrapped(double a) {
+    return std::remainder(a, 2.0 * PI_);
+}
 
 /// One arc problem: start direction, the end quantities given, curvature and depth change. The
 /// start is at md 0, so the end md is the course length.
@@ -60,7 +64,8 @@ CPlan load(const In& in) {
 /// -sin inc cos toolface).
 double arcDepth(double inc, double toolface, double k, double dogleg) {
     return (std::sin(dogleg) * std::cos(inc) -
-            (1.0 - std::cos(dogleg)) * std::sin(inc) * std::cos(toolface)) / k;
+            (1.0 - std::cos(dogleg)) * std::sin(inc) * std::cos(toolface)) /
+           k;
 }
 
 }  // namespace
@@ -76,34 +81,78 @@ TEST(Solvers, HandGeometry) {
     } rows[] = {
         // Exact special values.
         {"solve1 straight just off vertical",
-         1, 0, {5e-7, 0, 1.2e-6, deg(200), 0, 0, 0, 0}, TF, 0.0},
+         1,
+         0,
+         {5e-7, 0, 1.2e-6, deg(200), 0, 0, 0, 0},
+         TF,
+         0.0},
         {"solve1 from vertical", 1, 0, {0, 0, deg(30), deg(200), 0, 0, 0, 0}, TF, deg(200)},
         {"solve1 from vertical, A2 < 0",
-         1, 0, {0, 0, deg(30), deg(-160), 0, 0, 0, 0}, TF, deg(200)},
+         1,
+         0,
+         {0, 0, deg(30), deg(-160), 0, 0, 0, 0},
+         TF,
+         deg(200)},
         {"solve3 exactly vertical: A2 = TF",
-         3, 0, {0, deg(90), 0, 0, deg(25), deg(200), 0, 0}, AZI, deg(200)},
+         3,
+         0,
+         {0, deg(90), 0, 0, deg(25), deg(200), 0, 0},
+         AZI,
+         deg(200)},
         {"solve3 nearly vertical",
-         3, 0, {1e-9, deg(90), 0, 0, deg(25), deg(200), 0, 0}, AZI, deg(290)},
+         3,
+         0,
+         {1e-9, deg(90), 0, 0, deg(25), deg(200), 0, 0},
+         AZI,
+         deg(290)},
         {"solve10 end exactly vertical", 10, 0, {deg(30), 0, 0, 0, 0, deg(90), 0, 0}, DL, deg(30)},
         {"solve10 start exactly vertical",
-         10, 0, {0, 0, deg(25), 0, 0, deg(90), 0, 0}, DL, deg(25)},
+         10,
+         0,
+         {0, 0, deg(25), 0, 0, deg(90), 0, 0},
+         DL,
+         deg(25)},
         // Pure builds, drops and flat turns.
         {"solve1 pure drop", 1, 0, {deg(30), deg(40), deg(10), deg(40), 0, 0, 0, 0}, TF, PI_},
         {"solve1 flat left turn",
-         1, 0, {deg(90), deg(20), deg(90), deg(350), 0, 0, 0, 0}, TF, -PI_ / 2},
+         1,
+         0,
+         {deg(90), deg(20), deg(90), deg(350), 0, 0, 0, 0},
+         TF,
+         -PI_ / 2},
         {"solve2 flat turn across north",
-         2, 0, {deg(90), deg(350), deg(90), deg(20), 0, 0, 0, 0}, DL, deg(30)},
+         2,
+         0,
+         {deg(90), deg(350), deg(90), deg(20), 0, 0, 0, 0},
+         DL,
+         deg(30)},
         {"solve2 from vertical", 2, 0, {0, deg(123), deg(25), 0, 0, 0, 0, 0}, DL, deg(25)},
         {"solve3 flat right turn",
-         3, 0, {deg(90), deg(350), 0, 0, deg(30), deg(90), 0, 0}, AZI, deg(20)},
+         3,
+         0,
+         {deg(90), deg(350), 0, 0, deg(30), deg(90), 0, 0},
+         AZI,
+         deg(20)},
         {"solve4 pure build", 4, 0, {deg(30), 0, 0, 0, deg(20), 0, 0, 0}, INC, deg(50)},
         {"solve4 pure drop", 4, 0, {deg(30), 0, 0, 0, deg(20), PI_, 0, 0}, INC, deg(10)},
         {"solve6 flat turn on the horizontal",
-         6, 0, {deg(90), 0, 0, deg(30), 0, deg(90), 0, 0}, INC, deg(90)},
+         6,
+         0,
+         {deg(90), 0, 0, deg(30), 0, deg(90), 0, 0},
+         INC,
+         deg(90)},
         {"solve8 flat turn right",
-         8, 0, {deg(90), deg(350), deg(90), 0, deg(30), 0, 0, 0}, AZI, deg(20)},
+         8,
+         0,
+         {deg(90), deg(350), deg(90), 0, deg(30), 0, 0, 0},
+         AZI,
+         deg(20)},
         {"solve8 flat turn left",
-         8, 1, {deg(90), deg(350), deg(90), 0, deg(30), 0, 0, 0}, AZI, deg(320)},
+         8,
+         1,
+         {deg(90), deg(350), deg(90), 0, deg(30), 0, 0, 0},
+         AZI,
+         deg(320)},
         {"solve9 upper root", 9, 0, {deg(30), 0, 0, 0, deg(20), 0, 0, 0}, INC, deg(50)},
         {"solve9 lower root", 9, 1, {deg(30), 0, 0, 0, deg(20), 0, 0, 0}, INC, deg(10)},
         {"solve10 pure build", 10, 0, {deg(30), 0, deg(50), 0, 0, 0, 0, 0}, DL, deg(20)},
@@ -116,15 +165,35 @@ TEST(Solvers, HandGeometry) {
         // Arcs of radius 1000 in a vertical plane: depth sin-differences of the inclinations.
         {"solve11 quarter circle", 11, 0, {0, 0, 0, 0, 0, 0, 1e-3, 1000}, DL, deg(90)},
         {"solve11 build 30 to asin 0.8",
-         11, 0, {deg(30), 0, 0, 0, 0, 0, 1e-3, 300}, DL, a345 - deg(30)},
+         11,
+         0,
+         {deg(30), 0, 0, 0, 0, 0, 1e-3, 300},
+         DL,
+         a345 - deg(30)},
         {"solve11 drop from horizontal", 11, 0, {deg(90), 0, 0, 0, 0, PI_, 1e-3, 500}, DL, deg(60)},
         {"solve12 straight hold",
-         12, 0, {deg(60), deg(40), deg(60), deg(40), 0, 0, 0, 500}, COURSE, 1000},
+         12,
+         0,
+         {deg(60), deg(40), deg(60), deg(40), 0, 0, 0, 500},
+         COURSE,
+         1000},
         {"solve12 quarter circle",
-         12, 0, {0, 0, deg(90), deg(70), 0, 0, 0, 1000}, COURSE, 500 * PI_},
-        {"solve13 drop to asin 0.25", 13, 0, {deg(30), deg(40), 0, deg(40), 0, 0, 1e-3, 250}, INC,
+         12,
+         0,
+         {0, 0, deg(90), deg(70), 0, 0, 0, 1000},
+         COURSE,
+         500 * PI_},
+        {"solve13 drop to asin 0.25",
+         13,
+         0,
+         {deg(30), deg(40), 0, deg(40), 0, 0, 1e-3, 250},
+         INC,
          std::asin(0.25)},
-        {"solve13 its course", 13, 0, {deg(30), deg(40), 0, deg(40), 0, 0, 1e-3, 250}, COURSE,
+        {"solve13 its course",
+         13,
+         0,
+         {deg(30), deg(40), 0, deg(40), 0, 0, 1e-3, 250},
+         COURSE,
          1000 * (deg(30) - std::asin(0.25))},
     };
     for (const auto& r : rows) {
@@ -215,13 +284,22 @@ TEST(Solvers, Failures) {
     } rows[] = {
         {"solve6 pure build cannot turn", 6, 0, {deg(30), 0, 0, deg(30), 0, 0, 0, 0}, -8},
         {"solve6 flat turn against the toolface",
-         6, 0, {deg(90), 0, 0, deg(330), 0, deg(90), 0, 0}, -8},
+         6,
+         0,
+         {deg(90), 0, 0, deg(330), 0, deg(90), 0, 0},
+         -8},
         {"solve8 vertical start", 8, 0, {0, 0, deg(30), 0, deg(30), 0, 0, 0}, -1},
         {"solve9 azimuth beyond the dogleg", 9, 0, {deg(30), 0, 0, deg(90), deg(10), 0, 0, 0}, -1},
         {"solve9 horizontal start turning 90",
-         9, 0, {deg(90), 0, 0, deg(90), deg(90), 0, 0, 0}, -1},
+         9,
+         0,
+         {deg(90), 0, 0, deg(90), deg(90), 0, 0, 0},
+         -1},
         {"solve10 no change of inclination",
-         10, 0, {deg(60), 0, deg(60), 0, 0, deg(90), 0, 0}, -14},
+         10,
+         0,
+         {deg(60), 0, deg(60), 0, 0, deg(90), 0, 0},
+         -14},
         {"solve10 negative inclination", 10, 0, {deg(60), 0, -0.1, 0, 0, PI_, 0, 0}, -14},
         {"solve10 toolface cannot drop", 10, 0, {deg(60), 0, deg(30), 0, 0, deg(90), 0, 0}, -14},
         {"solve11 zero curvature", 11, 0, {deg(30), 0, 0, 0, 0, 0, 0, 300}, -1},
@@ -230,7 +308,10 @@ TEST(Solvers, Failures) {
         {"solve12 horizontal", 12, 0, {deg(90), deg(10), deg(90), deg(10), 0, 0, 0, 100}, -7},
         {"solve12 ends average horizontal", 12, 0, {deg(60), 0, deg(120), 0, 0, 0, 0, 100}, -7},
         {"solve13 deeper than a vertical end",
-         13, 0, {deg(30), deg(40), 0, deg(40), 0, 0, 1e-3, 5000}, -18},
+         13,
+         0,
+         {deg(30), deg(40), 0, deg(40), 0, 0, 1e-3, 5000},
+         -18},
         {"solve13 above every end", 13, 0, {deg(30), deg(40), 0, deg(40), 0, 0, 1e-3, -5000}, -18},
     };
     for (const auto& r : rows) {

@@ -195,19 +195,19 @@ TEST(Storage, InsertAndDeleteRefusals) {
         int line;
         int error;
     } rows[] = {
-        {"insert before the tie line", true, 0, -6},
-        {"insert at a backward line", true, 2, -6},
-        {"delete the tie line", false, 0, -5},
-        {"insert past the array", true, 500, 0},
-        {"insert at a negative line", true, -4, 0},
-        {"delete past the array", false, 500, 0},
+        {"insert before the tie line", true, 0, -6}, {"insert at a backward line", true, 2, -6},
+        {"delete the tie line", false, 0, -5},       {"insert past the array", true, 500, 0},
+        {"insert at a negative line", true, -4, 0},  {"delete past the array", false, 500, 0},
         {"delete a negative line", false, -4, 0},
     };
     for (const auto& r : rows) {
         SCOPED_TRACE(r.name);
         CPlan p = planOf({30, -20, 30});
         p.m_nError = 99;
-        if (r.insert) p.Insert(r.line, false); else p.Delete(r.line);
+        if (r.insert)
+            p.Insert(r.line, false);
+        else
+            p.Delete(r.line);
         EXPECT_EQ(p.m_nError, r.error);
         EXPECT_EQ(codes(p), (std::vector<short>{30, -20, 30}));
         EXPECT_EQ(p.m_stations.size(), 24u);

@@ -20,28 +20,42 @@ using Access = PlanAccess<TargetsTag>;
 
 namespace {
 
-constexpr double kPos = 1e-6;   ///< positions and depths [L]
-constexpr double kAng = 1e-9;   ///< angles and unit-vector components [rad]
-constexpr double kRate = 1e-12; ///< dogleg severities [rad/L]
+constexpr double kPos = 1e-6;    ///< positions and depths [L]
+constexpr double kAng = 1e-9;    ///< angles and unit-vector components [rad]
+constexpr double kRate = 1e-12;  ///< dogleg severities [rad/L]
 // 930 iterates its depth until the course is within 1e-4 of the one asked for, 910 its end direction
 // until the course to the target changes by less than 1e-4: their results are that close.
-constexpr double kPosIter = 1e-4;  ///< positions and depths it solves [L]
-constexpr double kAngIter = 1e-6;  ///< angles it solves [rad]
-constexpr double kRateIter = 1e-9; ///< dogleg severities it solves [rad/L]
+constexpr double kPosIter = 1e-4;   ///< positions and depths it solves [L]
+constexpr double kAngIter = 1e-6;   ///< angles it solves [rad]
+constexpr double kRateIter = 1e-9;  ///< dogleg severities it solves [rad/L]
 
 struct V {
     double e, n, v;
 };
-V operator+(V a, V b) { return {a.e + b.e, a.n + b.n, a.v + b.v}; }
-V operator-(V a, V b) { return {a.e - b.e, a.n - b.n, a.v - b.v}; }
-V operator*(double k, V a) { return {k * a.e, k * a.n, k * a.v}; }
-double dot(V a, V b) { return a.e * b.e + a.n * b.n + a.v * b.v; }
-V cross(V a, V b) { return {a.n * b.v - a.v * b.n, a.v * b.e - a.e * b.v, a.e * b.n - a.n * b.e}; }
-V unit(V a) { return (1.0 / std::sqrt(dot(a, a))) * a; }
+V operator+(V a, V b) {
+    return {a.e + b.e, a.n + b.n, a.v + b.v};
+}
+V operator-(V a, V b) {
+    return {a.e - b.e, a.n - b.n, a.v - b.v};
+}
+V operator*(double k, V a) {
+    return {k * a.e, k * a.n, k * a.v};
+}
+double dot(V a, V b) {
+    return a.e * b.e + a.n * b.n + a.v * b.v;
+}
+V cross(V a, V b) {
+    return {a.n * b.v - a.v * b.n, a.v * b.e - a.e * b.v, a.e * b.n - a.n * b.e};
+}
+V unit(V a) {
+    return (1.0 / std::sqrt(dot(a, a))) * a;
+}
 V dir(double inc, double azi) {
     return {std::sin(inc) * std::sin(azi), std::sin(inc) * std::cos(azi), std::cos(inc)};
 }
-V pos(const SStation& s) { return {s.ew, s.ns, s.tvd}; }
+V pos(const SStation& s) {
+    return {s.ew, s.ns, s.tvd};
+}
 
 /// The tie-on: inclined, with build and turn rates of its own (which 1920 carries over).
 SStation tie(double inc = 0.5, double azi = 0.8) {

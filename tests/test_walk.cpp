@@ -67,7 +67,9 @@ CPlan withLine(const SStation& tie, int family, int sub, double md, double incDe
     return p;
 }
 
-double angleGap(double a, double b) { return std::remainder(a - b, 2.0 * kPi); }
+double angleGap(double a, double b) {
+    return std::remainder(a - b, 2.0 * kPi);
+}
 
 /// A course L of constant inclination I turning at T from a: in plan view a circle of radius
 /// sin I / T, a straight line for T = 0; depth goes L cos I.
@@ -93,8 +95,10 @@ TEST(Walk, HoldsTurnAtTheRateInForceAndAreCutAtTableDepths) {
         std::vector<short> codes;
         std::vector<double> turns;
     } rows[] = {
-        {"two depths cut it into three (given unsorted)", {{1500.0, -2 * kRate}, {1200.0, kRate}},
-         {115, 115, 105}, {0.0, kRate, -2 * kRate}},
+        {"two depths cut it into three (given unsorted)",
+         {{1500.0, -2 * kRate}, {1200.0, kRate}},
+         {115, 115, 105},
+         {0.0, kRate, -2 * kRate}},
         {"a depth above walks it whole", {{500.0, 1.5 * kRate}}, {105}, {1.5 * kRate}},
         {"a depth below leaves it straight", {{5000.0, kRate}}, {105}, {0.0}},
     };
@@ -139,8 +143,8 @@ TEST(Walk, OtherLinesKeepTheirOwnShape) {
     };
     for (const Row& r : rows) {
         SCOPED_TRACE(r.name);
-        CPlan p = withLine(stn(1000.0, r.tieInc, 40.0, 900.0, 2), r.family, r.sub, 1500.0,
-                           r.incDeg, r.aziDeg, r.build, r.turn);
+        CPlan p = withLine(stn(1000.0, r.tieInc, 40.0, 900.0, 2), r.family, r.sub, 1500.0, r.incDeg,
+                           r.aziDeg, r.build, r.turn);
         ASSERT_EQ(p.m_nError, 0);
         const SStation plan = p.m_stations[1];
         p.SetWalkTable({{0.0, 2 * kRate}});
@@ -252,8 +256,8 @@ TEST(Walk, NoQualifyingTargetFailsWith16) {
           stn(1800.0, 30.0, 40.0, 1592.0, -20)}},
         {"flagged target", {tie, stn(1200.0, 30.0, 40.0, 1073.0, 10), flagged}},
         {"target on a one-station line", {tie, stn(1500.0, 30.0, 40.0, 1333.0, 40, u"T1")}},
-        {"continuation without a target", {tie, stn(1200.0, 30.0, 40.0, 1073.0, 1010),
-                                           stn(1500.0, 30.0, 40.0, 1333.0, 1)}},
+        {"continuation without a target",
+         {tie, stn(1200.0, 30.0, 40.0, 1073.0, 1010), stn(1500.0, 30.0, 40.0, 1333.0, 1)}},
     };
     for (const Row& r : rows) {
         SCOPED_TRACE(r.name);
