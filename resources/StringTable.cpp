@@ -97,7 +97,7 @@ std::u16string FormatText(const std::u16string& fmt, std::initializer_list<TextA
             i += 2;
             continue;
         }
-        // %N with N of one or two digits, then an optional !spec! that selects the conversion.
+        // %N with N of one or two digits, then an optional !format! that selects the conversion.
         std::size_t j = i + 1;
         int index = 0;
         while (j < fmt.size() && isDigit(fmt[j]) && j < i + 3) {

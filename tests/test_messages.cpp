@@ -79,7 +79,9 @@ TEST(StringTable, LabelsAndInserts) {
     EXPECT_EQ(LoadText(100), u"");
     EXPECT_EQ(LoadText(137), u"");
     EXPECT_EQ(LoadText(129), u"No Method");
-    EXPECT_EQ(FormatText(LoadText(131), {FormatText(LoadText(130), {2})}), u"Part 2 Hold");
+    // The label of the second part of a profile: "Part", the number, then "Hold".
+    EXPECT_EQ(FormatText(LoadText(131), {FormatText(LoadText(130), {2})}),
+              std::u16string(u"Part ") + u"2 Hold");
     EXPECT_EQ(FormatText(LoadText(132), {u""}), u"Build/Turn");
     EXPECT_EQ(FormatText(LoadText(134), {u"x "}), u"x Drop/Turn");
     EXPECT_EQ(FormatText(LoadText(136), {u""}), u"Flat Turn");
@@ -91,5 +93,5 @@ TEST(StringTable, LabelsAndInserts) {
     EXPECT_EQ(FormatText(u"%3!d! left", {1}), u"%3!d! left");
     EXPECT_EQ(FormatText(u"50% done%", {}), u"50% done%");
     EXPECT_EQ(FormatText(u"%1!d!", {-2147483647 - 1}), u"-2147483648");
-    EXPECT_EQ(FormatText(u"%1!d", {7}), u"7!d");  // an unclosed spec is plain text
+    EXPECT_EQ(FormatText(u"%1!d", {7}), u"7!d");  // an unclosed format is plain text
 }
