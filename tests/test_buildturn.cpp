@@ -401,3 +401,63 @@ TEST(Ouija, AgreesWithTheLineOfTheSameInputsAndProjects) {
     o.m_stnPrev = start(0, 10, 20);
     EXPECT_EQ(o.OuijaCalcs(0, true, 25 * kDeg, false, 0, false, 0, false, 0, plane), -18);
 }
+
+TEST(Ouija, EveryCombinationOfGivenValues) {
+    // From inclination 20, azimuth 30 at md 1000, a line to md 1300 (or its DLS). Each row gives
+    // some of inclination 35, azimuth 70, DLS and toolface; the same line put as the first-family
+    // method of those inputs (or, where there is none, the given values themselves) is the
+    // reference for the end.
+    const double dls = 8 * kPer100, tf = 50 * kDeg;
+    const struct {
+        const char* name;
+        bool inc, azi, dls;
+        int family, sub;  // the matching line, 0 when none
+    } rows[] = {
+        {"toolface and dls", false, false, true, 30, 1},  // "DT1 MD"
+        {"azimuth", false, true, false, 0, 0},
+        {"azimuth and dls", false, true, true, 90, 7},  // "DLS Azi MD", upper root
+        {"inclination and azimuth", true, true, false, 90, 1},
+        {"inclination and dls", true, false, true, 90, 9},  // "DLS Inc MD", turning right
+        {"inclination", true, false, false, 0, 0},
+    };
+    for (const auto& r : rows) {
+        SCOPED_TRACE(r.name);
+        CPlan o;
+        o.m_stnPrev = start(1000, 20, 30);
+        SStation plane;
+        plane.tvd = 5000;
+        plane.uv = 1;
+        ASSERT_EQ(
+            o.OuijaCalcs(1300, r.inc, 35 * kDeg, r.azi, 70 * kDeg, r.dls, dls, true, tf, plane), 0);
+        const SStation& e = o.m_stnC;
+        EXPECT_NEAR(e.md, 1300, TOL_POS);
+        if (r.inc) {
+            EXPECT_NEAR(e.inc, 35 * kDeg, TOL_ANG);
+        }
+        if (r.azi) {
+            EXPECT_NEAR(e.azi, 70 * kDeg, TOL_ANG);
+        }
+        if (r.dls) {
+            EXPECT_NEAR(e.dls, dls, 1e-12);
+        }
+        if (r.family != 0) {
+            CPlan p = planWithTie(20, 30);
+            p.m_nFamily = r.family;
+            p.m_nSubMethod = r.sub;
+            p.m_dMD = 1300;
+            p.m_dInc = 35 * kDeg;
+            p.m_dAzi = 70 * kDeg;
+            p.m_dDLS = dls;
+            p.m_dTF = tf;
+            p.PutData(-1);
+            ASSERT_EQ(p.m_nError, 0);
+            SStation line;
+            p.DumpData(1, line);
+            EXPECT_NEAR(e.tvd, line.tvd, TOL_POS);
+            EXPECT_NEAR(e.ns, line.ns, TOL_POS);
+            EXPECT_NEAR(e.ew, line.ew, TOL_POS);
+            EXPECT_NEAR(e.inc, line.inc, TOL_ANG);
+            EXPECT_NEAR(e.azi, line.azi, TOL_ANG);
+        }
+    }
+}
