@@ -312,16 +312,13 @@ void CPlan::rcvdint(double tvd) {
     m_stnC = saved;
 }
 
-// The point of a build/turn line at measured depth md, by build_turn from the start.
-// Reads m_stnPrev and m_stnC (md, inc, azi; with bLineRates the line's dls, tf, build and turn).
-// Writes m_stnA md, inc, azi, tvd, ns, ew, dls, tf and the rates; m_stnC is saved and put back.
-// With bLineRates the line's own rates are followed. Otherwise the rates are those that join the
-// ends: build = dI / dmd and turn = daz2hdls(getdaz(A2 - A1), dmd, I1, build) (both left as they
-// were when dmd is within 1e-6), with the inclination and azimuth at md interpolated linearly.
-// A start within 1e-6 of vertical takes the end azimuth and the line no turn. Depths outside the
-// line extrapolate along the build/turn curve.
-void CPlan::btmdint(double md, bool bLineRates) {
-    const SStation saved = m_stnC;
+// The start shared by the curve interpolations at a measured depth (btmdint, ctmdint):
+// m_stnA.md = md; a start within 1e-6 of vertical takes the end azimuth and the line no turn.
+// With bLineRates m_stnA takes the line's dls, tf, build and turn from m_stnC and the result is
+// true. Otherwise m_stnA.inc and m_stnA.azi are the angles interpolated linearly at md (an end
+// exactly vertical takes the other end's azimuth), daz is the line's azimuth change wrapped by
+// getdaz, and the result is false: the caller derives the rates from the line's ends.
+bool CPlan::curvePointAngles(double md, bool bLineRates, double& daz) {
     m_stnA.md = md;
     if (is_zero(m_stnPrev.inc)) {
         m_stnPrev.azi = m_stnC.azi;
@@ -332,17 +329,34 @@ void CPlan::btmdint(double md, bool bLineRates) {
         m_stnA.tf = m_stnC.tf;
         m_stnA.build = m_stnC.build;
         m_stnA.turn = m_stnC.turn;
-    } else {
+        return true;
+    }
+    const double f = (md - m_stnPrev.md) / (m_stnC.md - m_stnPrev.md);
+    m_stnA.inc = m_stnPrev.inc + f * (m_stnC.inc - m_stnPrev.inc);
+    if (m_stnC.inc == 0.0) m_stnC.azi = m_stnPrev.azi;
+    if (m_stnPrev.inc == 0.0) m_stnPrev.azi = m_stnC.azi;
+    daz = getdaz(m_stnC.azi - m_stnPrev.azi);
+    m_stnA.azi = deltaz(daz * f + m_stnPrev.azi);
+    return false;
+}
+
+// The point of a build/turn line at measured depth md, by build_turn from the start.
+// Reads m_stnPrev and m_stnC (md, inc, azi; with bLineRates the line's dls, tf, build and turn).
+// Writes m_stnA md, inc, azi, tvd, ns, ew, dls, tf and the rates; m_stnC is saved and put back.
+// With bLineRates the line's own rates are followed. Otherwise the rates are those that join the
+// ends: build = dI / dmd and turn = daz2hdls(getdaz(A2 - A1), dmd, I1, build) (both left as they
+// were when dmd is within 1e-6), with the inclination and azimuth at md interpolated linearly.
+// A start within 1e-6 of vertical takes the end azimuth and the line no turn. Depths outside the
+// line extrapolate along the build/turn curve.
+void CPlan::btmdint(double md, bool bLineRates) {
+    const SStation saved = m_stnC;
+    double daz = 0.0;
+    if (!curvePointAngles(md, bLineRates, daz)) {
         const double dmd = m_stnC.md - m_stnPrev.md;
-        const double dinc = m_stnC.inc - m_stnPrev.inc;
-        const double f = (md - m_stnPrev.md) / dmd;
-        m_stnA.inc = m_stnPrev.inc + f * dinc;
-        if (is_nonzero(dmd)) m_stnA.build = dinc / dmd;
-        if (m_stnC.inc == 0.0) m_stnC.azi = m_stnPrev.azi;
-        if (m_stnPrev.inc == 0.0) m_stnPrev.azi = m_stnC.azi;
-        const double daz = getdaz(m_stnC.azi - m_stnPrev.azi);
-        m_stnA.azi = deltaz(daz * f + m_stnPrev.azi);
-        if (is_nonzero(dmd)) m_stnA.turn = daz2hdls(daz, dmd, m_stnPrev.inc, m_stnA.build);
+        if (is_nonzero(dmd)) {
+            m_stnA.build = (m_stnC.inc - m_stnPrev.inc) / dmd;
+            m_stnA.turn = daz2hdls(daz, dmd, m_stnPrev.inc, m_stnA.build);
+        }
     }
     m_stnC = m_stnA;
     build_turn();
@@ -364,25 +378,10 @@ void CPlan::btmdint(double md, bool bLineRates) {
 // start leaves m_stnA's position as it stood (the caller places it).
 void CPlan::ctmdint(double md, bool bLineRates) {
     const SStation saved = m_stnC;
-    m_stnA.md = md;
-    if (is_zero(m_stnPrev.inc)) {
-        m_stnPrev.azi = m_stnC.azi;
-        m_stnC.turn = 0.0;
-    }
-    if (bLineRates) {
-        m_stnA.dls = m_stnC.dls;
-        m_stnA.tf = m_stnC.tf;
-        m_stnA.build = m_stnC.build;
-        m_stnA.turn = m_stnC.turn;
-    } else {
+    double daz = 0.0;
+    if (!curvePointAngles(md, bLineRates, daz)) {
         const double dmd = m_stnC.md - m_stnPrev.md;
         const double dinc = m_stnC.inc - m_stnPrev.inc;
-        const double f = (md - m_stnPrev.md) / dmd;
-        m_stnA.inc = m_stnPrev.inc + f * dinc;
-        if (m_stnC.inc == 0.0) m_stnC.azi = m_stnPrev.azi;
-        if (m_stnPrev.inc == 0.0) m_stnPrev.azi = m_stnC.azi;
-        const double daz = getdaz(m_stnC.azi - m_stnPrev.azi);
-        m_stnA.azi = deltaz(daz * f + m_stnPrev.azi);
         m_stnA.tf =
             std::atan(daz / std::log(std::tan(m_stnC.inc / 2.0) / std::tan(m_stnPrev.inc / 2.0)));
         if (dinc == 0.0) {

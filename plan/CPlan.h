@@ -333,6 +333,9 @@ private:
     // ==== Interpolation at angles (interp/AngleInterp.cpp) ===========================================
     void pointAtAngles(bool bMinCur);  ///< the position step shared by rcincint and rcaziint
 
+    // ==== Interpolation (interp/DepthInterp.cpp) ==================================================
+    bool curvePointAngles(double md, bool bLineRates, double& daz);  ///< see btmdint, ctmdint
+
     // ==== Bit walk (interp/Walk.cpp) ===============================================================
     void wlkpro();
 
@@ -345,6 +348,7 @@ private:
     void meth3d();
     double stagj(double tvd, double ns, double ew, double k, int mode);
     double manic(double e, double n, double v, double k);
+    void tagStation(int k, short code, bool aimsAtTarget);  ///< code, target and flag of a station
     void meth_dtoli();
     void meth_dtctt();
     void meth_dtctmd();

@@ -159,6 +159,15 @@ double CPlan::stagj(double tvd, double ns, double ew, double k, int mode) {
     return H;
 }
 
+// Gives station k of a target line its code, and the line's target name and flag when it is the
+// line's last station (aimsAtTarget); earlier stations get an empty target and a clear flag.
+void CPlan::tagStation(int k, short code, bool aimsAtTarget) {
+    SStation& s = m_stations[k];
+    s.method = code;
+    s.target = aimsAtTarget ? m_target.name : std::u16string();
+    s.flag = aimsAtTarget && m_target.flag;
+}
+
 // 910: one arc of dogleg severity k = m_dMethodParam1 that ends at inclination I = m_dMethodParam4
 // with its end direction pointing horizontally at the target's north and east.
 //   The end direction (e, n, v) is the one of inclination I that points horizontally from the arc's
@@ -203,9 +212,7 @@ void CPlan::meth_dtoli() {
     s.azi = tangle(e, n);
     GetDeltas(k1);
     s.dls = k;
-    s.method = 910;
-    s.target = m_target.name;
-    s.flag = m_target.flag;
+    tagStation(k1, 910, true);
     ++m_nPrev;
 }
 
@@ -220,9 +227,7 @@ void CPlan::meth_dtctt() {
     }
     stagg(m_target.tvd, m_target.ns, m_target.ew);
     m_stations[k1] = m_stnA;
-    m_stations[k1].method = 920;
-    m_stations[k1].target = m_target.name;
-    m_stations[k1].flag = m_target.flag;
+    tagStation(k1, 920, true);
     ++m_nPrev;
 }
 
@@ -257,9 +262,7 @@ void CPlan::meth_dtctmd() {
         return;
     }
     m_stations[k1] = m_stnA;
-    m_stations[k1].method = 930;
-    m_stations[k1].target = m_target.name;
-    m_stations[k1].flag = m_target.flag;
+    tagStation(k1, 930, true);
     ++m_nPrev;
 }
 
@@ -290,9 +293,7 @@ void CPlan::meth_dtsch() {
         return;
     }
     m_stations[k1] = m_stnA;
-    m_stations[k1].method = 1910;
-    m_stations[k1].target.clear();
-    m_stations[k1].flag = false;
+    tagStation(k1, 1910, false);
 
     SStation& s = m_stations[k2];
     s.md = m_stnA.md + H;
@@ -302,9 +303,7 @@ void CPlan::meth_dtsch() {
     s.ns = m_target.ns;
     s.ew = m_target.ew;
     s.dls = s.tf = s.turn = s.build = 0.0;
-    s.method = 1;
-    s.target = m_target.name;
-    s.flag = m_target.flag;
+    tagStation(k2, 1, true);
     m_nPrev += 2;
 }
 
@@ -342,13 +341,9 @@ void CPlan::meth_dtshc() {
     }
     m_stations[k1] = m_stnPrev;
     m_stations[k1].dls = m_stations[k1].tf = 0.0;
-    m_stations[k1].method = 1920;
-    m_stations[k1].target.clear();
-    m_stations[k1].flag = false;
+    tagStation(k1, 1920, false);
 
     m_stations[k2] = m_stnA;
-    m_stations[k2].method = 1;
-    m_stations[k2].target = m_target.name;
-    m_stations[k2].flag = m_target.flag;
+    tagStation(k2, 1, true);
     m_nPrev += 2;
 }
