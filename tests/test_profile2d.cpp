@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <vector>
+#include <limits>
 
 #include "plan/CPlan.h"
 #include "support/PlanAccess.h"
@@ -23,74 +23,71 @@ constexpr double kPos = 1e-4;  ///< positions and depths [L]
 constexpr double kAng = 1e-7;  ///< angles [rad]
 constexpr double kLen = 1e-3;  ///< solved lengths and radii [L]
 constexpr double kDeg = M_PI / 180.0;
+constexpr double X = std::numeric_limits<double>::quiet_NaN();  ///< taken from the shape
 
-/// The seven parameters of a profile: lengths and signed radii [L], inclinations [rad].
+/// The seven parameters of a profile, indexed 1..7 as the unknowns are: lengths and signed radii
+/// [L], inclinations [rad]. Index 0 is unused.
 struct Shape {
-    double kickoff, buildR, holdInc, tangent, dropR, finalInc, finalHold;
+    double f[8];
+    Shape with(int k, double value) const {
+        Shape s = *this;
+        s.f[k] = value;
+        return s;
+    }
 };
-
-/// The tie-on of every case: 1000 down, 100 north, 50 west, at inclination inc and azimuth azi.
-SStation tie(double inc, double azi) {
-    SStation s;
-    s.md = 1200.0;
-    s.tvd = 1000.0;
-    s.ns = 100.0;
-    s.ew = -50.0;
-    s.inc = inc;
-    s.azi = azi;
-    s.method = 2;
-    return s;
+/// A slant; its drop fields are set to values a slant must not use.
+Shape slantOf(double kickoff, double R, double inc, double tangent) {
+    return {{0.0, kickoff, R, inc, tangent, -1000.0, 0.1, 300.0}};
 }
+const Shape kSlant = slantOf(500.0, 2000.0, 30.0 * kDeg, 1500.0);
+const Shape kS{{0.0, 400.0, 2000.0, 40.0 * kDeg, 1200.0, -1800.0, 10.0 * kDeg, 600.0}};
+const Shape kInclinedS{{0.0, 300.0, 1500.0, 50.0 * kDeg, 900.0, -2000.0, 20.0 * kDeg, 400.0}};
 
 /// Where the profile ends, as (down, across) from a start of inclination i0.
-std::pair<double, double> reach(const Shape& p, double i0, bool sShape) {
+std::pair<double, double> reach(const Shape& s, double i0, bool sShape) {
     double down = 0.0, across = 0.0;
     auto hold = [&](double L, double inc) {
         down += L * std::cos(inc);
         across += L * std::sin(inc);
     };
     auto arc = [&](double R, double a, double b) {
-        const double chord = 2.0 * R * std::sin(0.5 * (b - a));
-        hold(chord, 0.5 * (a + b));
+        hold(2.0 * R * std::sin(0.5 * (b - a)), 0.5 * (a + b));
     };
-    hold(p.kickoff, i0);
-    arc(p.buildR, i0, p.holdInc);
-    hold(p.tangent, p.holdInc);
+    hold(s.f[1], i0);
+    arc(s.f[2], i0, s.f[3]);
+    hold(s.f[4], s.f[3]);
     if (sShape) {
-        arc(p.dropR, p.holdInc, p.finalInc);
-        hold(p.finalHold, p.finalInc);
+        arc(s.f[5], s.f[3], s.f[6]);
+        hold(s.f[7], s.f[6]);
     }
     return {down, across};
 }
 
-/// A plan of the tie-on and one profile aimed at (down, across) along azimuth azi from the tie-on,
-/// whose own azimuth is azi + tieOff. The unknowns u, w are handed over as zero, so nothing of the
+/// A plan of the tie-on (md 1200, 1000 down, 100 north, 50 west, inclination i0) and one profile
+/// aimed at (down, across) along azimuth 2.0, or at the shape's own end where these are X. The
+/// tie-on's azimuth is 2.0 + tieOff. The unknowns u, w are handed over as zero, so nothing of the
 /// true shape leaks into them.
-CPlan putProfile(bool sShape, Shape p, int u, int w, double i0, double azi, double down,
-                 double across, double tieOff = 0.0) {
-    for (int k : {u, w}) {
-        double* f[] = {nullptr,    &p.kickoff, &p.buildR,   &p.holdInc,
-                       &p.tangent, &p.dropR,   &p.finalInc, &p.finalHold};
-        *f[k] = 0.0;
-    }
+CPlan putProfile(bool sShape, const Shape& s, int u, int w, double i0 = 0.0, double down = X,
+                 double across = X, double tieOff = 0.0) {
+    const auto [d, a] = reach(s, i0, sShape);
+    const Shape given = s.with(u, 0.0).with(w, 0.0);
+    const double* g = given.f;
+    SStation t;
+    t.md = 1200.0, t.tvd = 1000.0, t.ns = 100.0, t.ew = -50.0;
+    t.inc = i0, t.azi = 2.0 + tieOff, t.method = 2;
     CPlan plan;
     plan.NewData(10);
-    const SStation t = tie(i0, azi + tieOff);
     plan.LoadData(0, t);
     plan.m_nFamily = sShape ? 70 : 60;
-    plan.m_nSolveFor1 = u;
-    plan.m_nSolveFor2 = w;
-    plan.m_dLength1 = p.kickoff;
-    plan.m_dBuildDLS = p.buildR != 0.0 ? 1.0 / p.buildR : 0.0;
-    plan.m_dHoldInc = p.holdInc;
-    plan.m_dLength2 = p.tangent;
-    plan.m_dDropDLS = p.dropR != 0.0 ? 1.0 / p.dropR : 0.0;
-    plan.m_dFinalInc = p.finalInc;
-    plan.m_dLength3 = p.finalHold;
+    plan.m_nSolveFor1 = u, plan.m_nSolveFor2 = w;
+    plan.m_dLength1 = g[1], plan.m_dHoldInc = g[3], plan.m_dLength2 = g[4];
+    plan.m_dFinalInc = g[6], plan.m_dLength3 = g[7];
+    plan.m_dBuildDLS = g[2] != 0.0 ? 1.0 / g[2] : 0.0;
+    plan.m_dDropDLS = g[5] != 0.0 ? 1.0 / g[5] : 0.0;
     plan.m_target.name = u"T1";
-    plan.m_target.tvd = t.tvd + down;
-    plan.m_target.ns = t.ns + across * std::cos(azi);
-    plan.m_target.ew = t.ew + across * std::sin(azi);
+    plan.m_target.tvd = t.tvd + (std::isnan(down) ? d : down);
+    plan.m_target.ns = t.ns + (std::isnan(across) ? a : across) * std::cos(2.0);
+    plan.m_target.ew = t.ew + (std::isnan(across) ? a : across) * std::sin(2.0);
     plan.PutData(-1);
     return plan;
 }
@@ -101,14 +98,21 @@ SStation at(const CPlan& p, int i) {
     return s;
 }
 
+void expectOnTarget(const CPlan& p, const SStation& s) {
+    EXPECT_NEAR(s.tvd, p.m_target.tvd, kPos) << "tvd";
+    EXPECT_NEAR(s.ns, p.m_target.ns, kPos) << "north";
+    EXPECT_NEAR(s.ew, p.m_target.ew, kPos) << "east";
+}
+
 }  // namespace
 
 // Build and hold from a vertical kick-off: with R the build radius, D the depth from the kick-off
 // point to the target and X its displacement, the tangent from the point (X, D) to the build circle,
 // centred R across, leaves at the inclination a = atan2(X - R, D) + asin(R / rho) with
-// rho = hypot(X - R, D), and is sqrt(rho^2 - R^2) long.
+// rho = hypot(X - R, D), and is sqrt(rho^2 - R^2) long. From a vertical start the stations above
+// the arc keep azimuth 0 and the arc's toolface is the target azimuth; no drop is written.
 TEST(Profile2D, SlantAgainstClosedForm) {
-    struct Row {
+    const struct {
         const char* name;
         double kickoff, rate, depth, disp;
     } rows[] = {
@@ -116,66 +120,61 @@ TEST(Profile2D, SlantAgainstClosedForm) {
         {"displacement within the radius", 300.0, 3.0 * kDeg / 100.0, 5000.0, 1200.0},
         {"no kick-off hold", 0.0, 1.5 * kDeg / 30.0, 2000.0, 900.0},
     };
-    for (const Row& r : rows) {
+    for (const auto& r : rows) {
         SCOPED_TRACE(r.name);
-        const double R = 1.0 / r.rate, D = r.depth - r.kickoff, X = r.disp;
-        const double rho = std::hypot(X - R, D);
-        const double inc = std::atan2(X - R, D) + std::asin(R / rho);
-        const double tangent = std::sqrt(rho * rho - R * R);
-        const Shape given{r.kickoff, R, 0.0, 0.0, 0.0, 0.0, 0.0};
-        const CPlan p = putProfile(false, given, 3, 4, 0.0, 0.7, r.depth, r.disp);
+        const double R = 1.0 / r.rate, D = r.depth - r.kickoff, rho = std::hypot(r.disp - R, D);
+        const double inc = std::atan2(r.disp - R, D) + std::asin(R / rho);
+        const CPlan p =
+            putProfile(false, slantOf(r.kickoff, R, 0.0, 0.0), 3, 4, 0.0, r.depth, r.disp);
         ASSERT_EQ(p.m_nError, 0);
         const int last = r.kickoff > 0.0 ? 3 : 2;
         const SStation end = at(p, last), arc = at(p, last - 1);
         EXPECT_NEAR(arc.inc, inc, kAng);
         EXPECT_NEAR(end.inc, inc, kAng);
         EXPECT_NEAR(arc.md, 1200.0 + r.kickoff + R * inc, kPos);
-        EXPECT_NEAR(end.md, 1200.0 + r.kickoff + R * inc + tangent, kPos);
-        EXPECT_NEAR(end.tvd, p.m_target.tvd, kPos);
-        EXPECT_NEAR(end.ns, p.m_target.ns, kPos);
-        EXPECT_NEAR(end.ew, p.m_target.ew, kPos);
+        EXPECT_NEAR(end.md - arc.md, std::sqrt(rho * rho - R * R), kPos);
+        EXPECT_NEAR(arc.dls, r.rate, 1e-15);
+        EXPECT_NEAR(arc.tf, 2.0, 1e-12);
+        EXPECT_NEAR(arc.azi, 2.0, 1e-12);
+        for (int i = 0; i < last - 1; ++i) EXPECT_EQ(at(p, i).azi, 0.0) << "station " << i;
+        expectOnTarget(p, end);
         EXPECT_EQ(p.m_nPrev, last);
         EXPECT_EQ(at(p, last + 1).method, 0);  // nothing written past the line
     }
 }
 
 // Each sensible pair of unknowns is recovered from a profile whose target was laid by chord
-// geometry, and the profile reads back with GetData as the family, unknowns and shape it was put as.
+// geometry, solving again from the tie-on finds the same profile, and it reads back with GetData as
+// the family, unknowns and shape it was put as.
 TEST(Profile2D, SolveForPairsRecoverTheShape) {
-    const Shape slant{400.0, 2500.0, 35.0 * kDeg, 1500.0, 0.0, 0.0, 0.0};
-    const Shape sShape{400.0, 2000.0, 40.0 * kDeg, 1200.0, -1800.0, 10.0 * kDeg, 600.0};
-    const Shape inclined{300.0, 1500.0, 50.0 * kDeg, 900.0, -2000.0, 20.0 * kDeg, 400.0};
-    struct Row {
+    const struct {
         const char* name;
         bool sShape;
         Shape shape;
         int u, w;
         double i0;
     } rows[] = {
-        {"slant kick-off, inclination", false, slant, 1, 3, 0.0},
-        {"slant kick-off, tangent", false, slant, 1, 4, 0.0},
-        {"slant radius, inclination", false, slant, 2, 3, 0.0},
-        {"slant radius, tangent", false, slant, 2, 4, 0.0},
-        {"slant inclination, tangent", false, slant, 3, 4, 0.0},
-        {"slant kick-off, radius", false, slant, 1, 2, 0.0},
-        {"S inclination, tangent", true, sShape, 3, 4, 0.0},
-        {"S tangent, final hold", true, sShape, 4, 7, 0.0},
-        {"S kick-off, tangent", true, sShape, 1, 4, 0.0},
-        {"S drop radius, final hold", true, sShape, 5, 7, 0.0},
-        {"S tangent, final inclination", true, sShape, 4, 6, 0.0},
-        {"S from an inclined start", true, inclined, 3, 4, 12.0 * kDeg},
+        {"slant kick-off, inclination", false, kSlant, 1, 3, 0.0},
+        {"slant kick-off, tangent", false, kSlant, 1, 4, 0.0},
+        {"slant radius, inclination", false, kSlant, 2, 3, 0.0},
+        {"slant radius, tangent", false, kSlant, 2, 4, 0.0},
+        {"slant inclination, tangent", false, kSlant, 3, 4, 0.0},
+        {"slant kick-off, radius", false, kSlant, 1, 2, 0.0},
+        {"S inclination, tangent", true, kS, 3, 4, 0.0},
+        {"S tangent, final hold", true, kS, 4, 7, 0.0},
+        {"S kick-off, tangent", true, kS, 1, 4, 0.0},
+        {"S drop radius, final hold", true, kS, 5, 7, 0.0},
+        {"S tangent, final inclination", true, kS, 4, 6, 0.0},
+        {"S from an inclined start", true, kInclinedS, 3, 4, 12.0 * kDeg},
     };
-    for (const Row& r : rows) {
+    for (const auto& r : rows) {
         SCOPED_TRACE(r.name);
-        const auto [down, across] = reach(r.shape, r.i0, r.sShape);
-        CPlan p = putProfile(r.sShape, r.shape, r.u, r.w, r.i0, 2.0, down, across);
+        CPlan p = putProfile(r.sShape, r.shape, r.u, r.w, r.i0);
         ASSERT_EQ(p.m_nError, 0);
         const SStation end = at(p, p.m_nPrev);
-        EXPECT_NEAR(end.tvd, p.m_target.tvd, kPos);
-        EXPECT_NEAR(end.ns, p.m_target.ns, kPos);
-        EXPECT_NEAR(end.ew, p.m_target.ew, kPos);
-        EXPECT_NEAR(end.inc, r.sShape ? r.shape.finalInc : r.shape.holdInc, kAng);
-        p.PutData(0);  // solving the plan again from the tie-on finds the same profile
+        expectOnTarget(p, end);
+        EXPECT_NEAR(end.inc, r.shape.f[r.sShape ? 6 : 3], kAng);
+        p.PutData(0);
         ASSERT_EQ(p.m_nError, 0);
         EXPECT_NEAR(at(p, p.m_nPrev).md, end.md, kPos);
         EXPECT_NEAR(at(p, p.m_nPrev).tvd, end.tvd, kPos);
@@ -185,14 +184,10 @@ TEST(Profile2D, SolveForPairsRecoverTheShape) {
         EXPECT_EQ(p.m_nProfileType, r.sShape ? 2 : 1);
         EXPECT_EQ(p.m_nSolveFor1, r.u);
         EXPECT_EQ(p.m_nSolveFor2, r.w);
-        EXPECT_NEAR(p.m_dLength1, r.shape.kickoff, kLen);
-        EXPECT_NEAR(1.0 / p.m_dBuildDLS, r.shape.buildR, kLen);
-        EXPECT_NEAR(p.m_dHoldInc, r.shape.holdInc, kAng);
-        EXPECT_NEAR(p.m_dLength2, r.shape.tangent, kLen);
-        if (r.sShape) {
-            EXPECT_NEAR(1.0 / p.m_dDropDLS, r.shape.dropR, kLen);
-            EXPECT_NEAR(p.m_dFinalInc, r.shape.finalInc, kAng);
-            EXPECT_NEAR(p.m_dLength3, r.shape.finalHold, kLen);
+        const double got[] = {0.0,          p.m_dLength1,       1.0 / p.m_dBuildDLS, p.m_dHoldInc,
+                              p.m_dLength2, 1.0 / p.m_dDropDLS, p.m_dFinalInc,       p.m_dLength3};
+        for (int k = 1; k <= (r.sShape ? 7 : 4); ++k) {
+            EXPECT_NEAR(got[k], r.shape.f[k], k == 3 || k == 6 ? kAng : kLen) << "parameter " << k;
         }
     }
 }
@@ -200,56 +195,37 @@ TEST(Profile2D, SolveForPairsRecoverTheShape) {
 // Every failure of the profile, through whole plans: the plan is put back as it stood before the
 // solve and the error names the line's stations.
 TEST(Profile2D, FailureCodes) {
-    const Shape slant{500.0, 2000.0, 30.0 * kDeg, 1500.0, 0.0, 0.0, 0.0};
-    const Shape sShape{400.0, 2000.0, 40.0 * kDeg, 1200.0, -1800.0, 10.0 * kDeg, 600.0};
-    auto with = [](Shape s, int field, double value) {
-        double* f[] = {nullptr,    &s.kickoff, &s.buildR,   &s.holdInc,
-                       &s.tangent, &s.dropR,   &s.finalInc, &s.finalHold};
-        *f[field] = value;
-        return s;
-    };
-    struct Row {
+    const struct {
         const char* name;
         bool sShape;
         Shape shape;
         int u, w;
-        double i0, aziOff;
-        bool straightDown, level;
+        double i0, aziOff, down, across;  // X: the shape's own end
         int error;
     } rows[] = {
-        {"target straight below", false, slant, 3, 4, 0.0, 0.0, true, false, -12},
-        {"target level with the start", false, slant, 3, 4, 0.0, 0.0, false, true, -12},
-        {"inclined start 0.0011 rad off", false, slant, 3, 4, 0.2, 0.0011, false, false, -3},
-        {"kick-off solved to -200", false, with(slant, 1, -200.0), 1, 4, 0.0, 0.0, false, false,
-         -9},
-        {"build radius against the build", false, with(slant, 2, -2000.0), 1, 4, 0.0, 0.0, false,
-         false, -1},
-        {"no build rate", false, with(slant, 2, 0.0), 3, 4, 0.0, 0.0, false, false, -1},
-        {"drop radius against the drop", true, with(sShape, 5, 1800.0), 3, 4, 0.0, 0.0, false,
-         false, -2},
-        {"given tangent inclination negative", false, with(slant, 3, -5.0 * kDeg), 1, 4, 0.0, 0.0,
-         false, false, -14},
-        {"tangent solved to -300", false, with(slant, 4, -300.0), 1, 4, 0.0, 0.0, false, false,
-         -10},
-        {"final hold solved to -300", true, with(sShape, 7, -300.0), 4, 7, 0.0, 0.0, false, false,
-         -11},
+        {"target straight below", false, kSlant, 3, 4, 0.0, 0.0, X, 0.0, -12},
+        {"target level with the start", false, kSlant, 3, 4, 0.0, 0.0, 0.0, X, -12},
+        {"inclined start 0.0011 rad off", false, kSlant, 3, 4, 0.2, 0.0011, X, X, -3},
+        {"target inside the build circle", false, kSlant.with(2, 3000.0), 3, 4, 0.0, 0.0, 1000.0,
+         500.0, -4},
+        {"kick-off solved to -200", false, kSlant.with(1, -200.0), 1, 4, 0.0, 0.0, X, X, -9},
+        {"build radius against the build", false, kSlant.with(2, -2000.0), 1, 4, 0.0, 0.0, X, X,
+         -1},
+        {"no build rate", false, kSlant.with(2, 0.0), 3, 4, 0.0, 0.0, X, X, -1},
+        {"drop radius against the drop", true, kS.with(5, 1800.0), 3, 4, 0.0, 0.0, X, X, -2},
+        {"given tangent inclination negative", false, kSlant.with(3, -5.0 * kDeg), 1, 4, 0.0, 0.0,
+         X, X, -14},
+        {"tangent solved to -300", false, kSlant.with(4, -300.0), 1, 4, 0.0, 0.0, X, X, -10},
+        {"final hold solved to -300", true, kS.with(7, -300.0), 4, 7, 0.0, 0.0, X, X, -11},
     };
-    for (const Row& r : rows) {
+    for (const auto& r : rows) {
         SCOPED_TRACE(r.name);
-        auto [down, across] = reach(r.shape, r.i0, r.sShape);
-        if (r.straightDown) across = 0.0;
-        if (r.level) down = 0.0;
-        CPlan p = putProfile(r.sShape, r.shape, r.u, r.w, r.i0, 2.0, down, across, r.aziOff);
+        const CPlan p = putProfile(r.sShape, r.shape, r.u, r.w, r.i0, r.down, r.across, r.aziOff);
         EXPECT_EQ(p.m_nError, r.error);
         EXPECT_EQ(p.m_nFirst, 1);
         EXPECT_EQ(p.m_nLast, 1);
         EXPECT_EQ(p.m_nPrev, 0);
         EXPECT_EQ(at(p, 0).tvd, 1000.0);
-    }
-    {
-        SCOPED_TRACE("target inside the build circle: no solution");
-        const CPlan p = putProfile(false, with(slant, 2, 3000.0), 3, 4, 0.0, 2.0, 1000.0, 500.0);
-        EXPECT_EQ(p.m_nError, -4);
     }
 }
 
@@ -257,7 +233,7 @@ TEST(Profile2D, FailureCodes) {
 // move (index 0, the unused entry) the Jacobian is singular at once and the loose acceptance bound
 // of 20 [L] alone decides.
 TEST(Profile2D, SolverChecksAndAcceptanceBound) {
-    struct Row {
+    const struct {
         const char* name;
         double kickoff, tangent, missBy;
         int u, w, error;
@@ -267,16 +243,13 @@ TEST(Profile2D, SolverChecksAndAcceptanceBound) {
         {"singular, 15 off: accepted", 100.0, 100.0, 15.0, 0, 0, 0},
         {"singular, 25 off: refused", 100.0, 100.0, 25.0, 0, 0, -4},
     };
-    for (const Row& r : rows) {
+    for (const auto& r : rows) {
         SCOPED_TRACE(r.name);
         CPlan p;
-        p.m_nSolveFor1 = r.u;
-        p.m_nSolveFor2 = r.w;
-        p.m_dLength1 = r.kickoff;
-        p.m_dBuildRadius = 1000.0;
-        p.m_dHoldInc = M_PI / 2.0;
-        p.m_dLength2 = r.tangent;
-        // Vertical kick-off, a quarter circle of 1000, then a flat tangent: 1100 down, 1100 across.
+        p.m_nSolveFor1 = r.u, p.m_nSolveFor2 = r.w;
+        p.m_dLength1 = r.kickoff, p.m_dLength2 = r.tangent;
+        p.m_dBuildRadius = 1000.0, p.m_dHoldInc = M_PI / 2.0;
+        // Vertical kick-off, a quarter circle of 1000, then a flat tangent.
         p.m_dDepthToTarget = r.kickoff + 1000.0 + r.missBy;
         p.m_dDisplacement = 1000.0 + r.tangent;
         Access::angus(p);
@@ -284,15 +257,12 @@ TEST(Profile2D, SolverChecksAndAcceptanceBound) {
     }
 }
 
-// Laying out the parts: line-up of an inclined start, the vertical start's azimuths, toolfaces, the
-// short negative hold written as 0.01, and a slant that never writes a drop.
+// Laying out the parts: line-up of an inclined start, toolfaces, and the short negative hold
+// written as 0.01.
 TEST(Profile2D, LayoutDetails) {
-    const Shape slant{500.0, 2000.0, 30.0 * kDeg, 1500.0, 0.0, 0.0, 0.0};
     {
         SCOPED_TRACE("inclined start 0.0009 rad off: laid along the target azimuth");
-        const Shape s{300.0, 1500.0, 40.0 * kDeg, 900.0, -2000.0, 20.0 * kDeg, 400.0};
-        const auto [down, across] = reach(s, 0.2, true);
-        const CPlan p = putProfile(true, s, 3, 4, 0.2, 2.0, down, across, 0.0009);
+        const CPlan p = putProfile(true, kInclinedS.with(3, 40.0 * kDeg), 3, 4, 0.2, X, X, 0.0009);
         ASSERT_EQ(p.m_nError, 0);
         const double tf[] = {0.0, 0.0, 0.0, M_PI, 0.0};  // hold, build, hold, drop, hold
         for (int i = 1; i <= 5; ++i) {
@@ -302,42 +272,17 @@ TEST(Profile2D, LayoutDetails) {
         EXPECT_EQ(at(p, 0).azi, 2.0009);
     }
     {
-        SCOPED_TRACE("vertical start: azimuth 0 above and on the kick-off, toolface along theta");
-        const auto [down, across] = reach(slant, 0.0, false);
-        const CPlan p = putProfile(false, slant, 3, 4, 0.0, 2.0, down, across);
-        ASSERT_EQ(p.m_nError, 0);
-        EXPECT_EQ(at(p, 0).azi, 0.0);
-        EXPECT_EQ(at(p, 1).azi, 0.0);
-        EXPECT_NEAR(at(p, 2).tf, 2.0, 1e-12);
-        EXPECT_NEAR(at(p, 2).azi, 2.0, 1e-12);
-        EXPECT_NEAR(at(p, 2).dls, 1.0 / 2000.0, 1e-15);
-    }
-    {
         SCOPED_TRACE("dropping build arc from an inclined start: toolface pi");
-        const Shape s{200.0, -1500.0, 10.0 * kDeg, 800.0, 0.0, 0.0, 0.0};
-        const auto [down, across] = reach(s, 20.0 * kDeg, false);
-        const CPlan p = putProfile(false, s, 3, 4, 20.0 * kDeg, 2.0, down, across);
+        const CPlan p =
+            putProfile(false, slantOf(200.0, -1500.0, 10.0 * kDeg, 800.0), 3, 4, 20.0 * kDeg);
         ASSERT_EQ(p.m_nError, 0);
         EXPECT_EQ(at(p, 2).tf, M_PI);
         EXPECT_NEAR(at(p, 2).build, -1.0 / 1500.0, 1e-15);
     }
     {
         SCOPED_TRACE("tangent solved to -0.005: a hold of 0.01");
-        Shape s = slant;
-        s.tangent = -0.005;
-        const auto [down, across] = reach(s, 0.0, false);
-        const CPlan p = putProfile(false, s, 1, 4, 0.0, 2.0, down, across);
+        const CPlan p = putProfile(false, kSlant.with(4, -0.005), 1, 4);
         ASSERT_EQ(p.m_nError, 0);
         EXPECT_NEAR(at(p, 3).md - at(p, 2).md, 0.01, 1e-9);
-    }
-    {
-        SCOPED_TRACE("a slant with drop fields set writes no drop");
-        const Shape s{0.0, 2000.0, 30.0 * kDeg, 1500.0, -1000.0, 0.1, 300.0};
-        const auto [down, across] = reach(s, 0.0, false);
-        const CPlan p = putProfile(false, s, 3, 4, 0.0, 2.0, down, across);
-        ASSERT_EQ(p.m_nError, 0);
-        EXPECT_EQ(at(p, 1).method, 1234);  // build and tangent: 1000 P + 100 mask + 34, P = 1
-        EXPECT_EQ(at(p, 3).method, 0);
-        EXPECT_NEAR(at(p, 2).tvd, p.m_target.tvd, kPos);
     }
 }

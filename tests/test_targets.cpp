@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <tuple>
 
 #include "plan/CPlan.h"
 #include "support/PlanAccess.h"
@@ -31,25 +32,14 @@ constexpr double kRateIter = 1e-9;  ///< dogleg severities it solves [rad/L]
 
 struct V {
     double e, n, v;
+    V operator+(V b) const { return {e + b.e, n + b.n, v + b.v}; }
+    V operator-(V b) const { return {e - b.e, n - b.n, v - b.v}; }
+    friend V operator*(double k, V a) { return {k * a.e, k * a.n, k * a.v}; }
+    friend double dot(V a, V b) { return a.e * b.e + a.n * b.n + a.v * b.v; }
+    friend V cross(V a, V b) {
+        return {a.n * b.v - a.v * b.n, a.v * b.e - a.e * b.v, a.e * b.n - a.n * b.e};
+    }
 };
-V operator+(V a, V b) {
-    return {a.e + b.e, a.n + b.n, a.v + b.v};
-}
-V operator-(V a, V b) {
-    return {a.e - b.e, a.n - b.n, a.v - b.v};
-}
-V operator*(double k, V a) {
-    return {k * a.e, k * a.n, k * a.v};
-}
-double dot(V a, V b) {
-    return a.e * b.e + a.n * b.n + a.v * b.v;
-}
-V cross(V a, V b) {
-    return {a.n * b.v - a.v * b.n, a.v * b.e - a.e * b.v, a.e * b.n - a.n * b.e};
-}
-V unit(V a) {
-    return (1.0 / std::sqrt(dot(a, a))) * a;
-}
 V dir(double inc, double azi) {
     return {std::sin(inc) * std::sin(azi), std::sin(inc) * std::cos(azi), std::cos(inc)};
 }
@@ -64,35 +54,27 @@ SStation tie(double inc = 0.5, double azi = 0.8) {
     s.inc = inc, s.azi = azi, s.build = 0.001, s.turn = 0.002, s.method = 2;
     return s;
 }
+const SStation t0 = tie();
+const V ahead = dir(t0.inc, t0.azi);
 
-/// The unit side direction of toolface tf at a direction of inclination inc > 0 and azimuth azi:
-/// tf 0 is the high side (a pure build), pi/2 the right.
-V side(double inc, double azi, double tf) {
-    const V high{std::cos(inc) * std::sin(azi), std::cos(inc) * std::cos(azi), -std::sin(inc)};
-    const V right{std::cos(azi), -std::sin(azi), 0.0};
-    return std::cos(tf) * high + std::sin(tf) * right;
+/// The unit side direction of toolface tf at the tie-on: tf 0 is the high side (a pure build), pi/2
+/// the right.
+V side(double tf) {
+    const V high{std::cos(t0.inc) * std::sin(t0.azi), std::cos(t0.inc) * std::cos(t0.azi),
+                 -std::sin(t0.inc)};
+    return std::cos(tf) * high + std::sin(tf) * V{std::cos(t0.azi), -std::sin(t0.azi), 0.0};
 }
 
-STarget target(V p) {
-    STarget t;
-    t.name = u"T1";
-    t.flag = true;
-    t.ew = p.e, t.ns = p.n, t.tvd = p.v;
-    return t;
-}
-
-/// A plan of the tie-on and one target line put through the family and variant given.
+/// A plan of the tie-on and one line to target T1 at `aim`, put through the family and variant.
 CPlan put(int family, int variant, V aim, double dls = 0.0, double inc = 0.0, double md = 0.0,
-          const SStation& from = tie()) {
+          const SStation& from = t0) {
     CPlan p;
     p.NewData(10);
     p.LoadData(0, from);
-    p.m_nFamily = family;
-    p.m_nTargetMethod = variant;
-    p.m_dMethodParam1 = dls;
-    p.m_dMethodParam4 = inc;
-    p.m_dMD = md;
-    p.m_target = target(aim);
+    p.m_nFamily = family, p.m_nTargetMethod = variant;
+    p.m_dMethodParam1 = dls, p.m_dMethodParam4 = inc, p.m_dMD = md;
+    p.m_target.name = u"T1", p.m_target.flag = true;
+    p.m_target.ew = aim.e, p.m_target.ns = aim.n, p.m_target.tvd = aim.v;
     p.PutData(-1);
     return p;
 }
@@ -103,18 +85,21 @@ SStation at(const CPlan& p, int i) {
     return s;
 }
 
+void expectAt(const SStation& s, V want, double tolDown = kPos) {
+    EXPECT_NEAR(s.tvd, want.v, tolDown) << "tvd";
+    EXPECT_NEAR(s.ns, want.n, kPos) << "north";
+    EXPECT_NEAR(s.ew, want.e, kPos) << "east";
+}
+
 /// The stored course from station `from` to station `to` is a circular arc of curvature k, tangent
 /// to the direction at `from`.
 void expectArc(const SStation& from, const SStation& to, double k, double tol = kPos) {
-    const V t = dir(from.inc, from.azi), b = dir(to.inc, to.azi);
-    const double R = 1.0 / k;
-    const V m = unit(b - dot(t, b) * t);
-    const V c = pos(from) + R * m;
-    const V r = pos(to) - c;
-    EXPECT_NEAR(std::sqrt(dot(r, r)), R, tol) << "end off the circle";
+    const V t = dir(from.inc, from.azi), b = dir(to.inc, to.azi), d = pos(to) - pos(from);
+    const V u = b - dot(t, b) * t, m = (1.0 / std::sqrt(dot(u, u))) * u, r = d - (1.0 / k) * m;
+    EXPECT_NEAR(std::sqrt(dot(r, r)), 1.0 / k, tol) << "end off the circle";
     EXPECT_NEAR(dot(r, b), 0.0, tol) << "end direction not along the circle";
-    EXPECT_NEAR(dot(pos(to) - pos(from), cross(t, m)), 0.0, tol) << "arc out of its plane";
-    EXPECT_NEAR(to.md - from.md, std::acos(dot(t, b)) * R, tol) << "course is not the arc";
+    EXPECT_NEAR(dot(d, cross(t, m)), 0.0, tol) << "arc out of its plane";
+    EXPECT_NEAR(to.md - from.md, std::acos(dot(t, b)) / k, tol) << "course is not the arc";
 }
 
 }  // namespace
@@ -123,7 +108,7 @@ void expectArc(const SStation& from, const SStation& to, double k, double tol = 
 // angle phi. 920 is given the circle's point; 930 its north, east and course length, and finds the
 // depth.
 TEST(CurveToTarget, SingleArcOnKnownCircles) {
-    struct Row {
+    const struct {
         const char* name;
         double tf, R, phi;
     } rows[] = {
@@ -131,69 +116,49 @@ TEST(CurveToTarget, SingleArcOnKnownCircles) {
         {"right turn", M_PI / 2.0, 800.0, 0.9},
         {"drop to the left", -2.5, 1500.0, 0.3},
     };
-    const SStation t0 = tie();
-    const V t = dir(t0.inc, t0.azi);
-    for (const Row& r : rows) {
+    for (const auto& r : rows) {
         SCOPED_TRACE(r.name);
-        const V m = side(t0.inc, t0.azi, r.tf);
-        const V end = pos(t0) + r.R * std::sin(r.phi) * t + r.R * (1.0 - std::cos(r.phi)) * m;
-        const V heading = std::cos(r.phi) * t + std::sin(r.phi) * m;
+        const V m = side(r.tf), heading = std::cos(r.phi) * ahead + std::sin(r.phi) * m;
+        const V end = pos(t0) + r.R * std::sin(r.phi) * ahead + r.R * (1.0 - std::cos(r.phi)) * m;
         for (int variant : {1, 2}) {
             SCOPED_TRACE(variant == 1 ? "920" : "930");
-            const CPlan p = put(120, variant, end + V{0.0, 0.0, variant == 2 ? 500.0 : 0.0}, 0.0,
-                                0.0, t0.md + r.R * r.phi);
+            const bool iter = variant == 2;
+            const CPlan p = put(120, variant, end + V{0.0, 0.0, iter ? 500.0 : 0.0}, 0.0, 0.0,
+                                t0.md + r.R * r.phi);
             ASSERT_EQ(p.m_nError, 0);
             const SStation s = at(p, 1);
-            EXPECT_EQ(s.method, variant == 1 ? 920 : 930);
-            EXPECT_EQ(s.target, u"T1");
-            EXPECT_TRUE(s.flag);
-            const bool iterated = variant == 2;
-            EXPECT_NEAR(s.md, t0.md + r.R * r.phi, iterated ? kPosIter : kPos);
-            EXPECT_NEAR(s.tvd, end.v, iterated ? kPosIter : kPos);
-            EXPECT_NEAR(s.ns, end.n, kPos);
-            EXPECT_NEAR(s.ew, end.e, kPos);
-            EXPECT_NEAR(dot(dir(s.inc, s.azi), heading), 1.0, iterated ? kAngIter : kAng);
-            EXPECT_NEAR(s.dls, 1.0 / r.R, iterated ? kRateIter : kRate);
-            EXPECT_NEAR(s.tf, r.tf, iterated ? kAngIter : kAng);
+            EXPECT_EQ(s.method, iter ? 930 : 920);
+            EXPECT_TRUE(s.flag && s.target == u"T1");
+            EXPECT_NEAR(s.md, t0.md + r.R * r.phi, iter ? kPosIter : kPos);
+            expectAt(s, end, iter ? kPosIter : kPos);
+            EXPECT_NEAR(dot(dir(s.inc, s.azi), heading), 1.0, iter ? kAngIter : kAng);
+            EXPECT_NEAR(s.dls, 1.0 / r.R, iter ? kRateIter : kRate);
+            EXPECT_NEAR(s.tf, r.tf, iter ? kAngIter : kAng);
         }
     }
 }
 
 // Special values: straight ahead is a straight course; 930 from a vertical start to its own north
 // and east is a vertical course of the given length; 930 that cannot reach sideways does not
-// converge (-10).
+// converge (-10) and leaves the line as put.
 TEST(CurveToTarget, SingleArcSpecialValues) {
-    const SStation t0 = tie();
-    {
-        SCOPED_TRACE("920 straight ahead");
-        const CPlan p = put(120, 1, pos(t0) + 700.0 * dir(t0.inc, t0.azi));
-        ASSERT_EQ(p.m_nError, 0);
-        const SStation s = at(p, 1);
-        EXPECT_NEAR(s.md, t0.md + 700.0, kPos);
-        EXPECT_EQ(s.dls, 0.0);
-        EXPECT_EQ(s.tf, 0.0);
-        EXPECT_EQ(s.build, 0.0);
-        EXPECT_EQ(s.turn, 0.0);
-    }
-    {
-        SCOPED_TRACE("930 vertical, below the start");
-        const CPlan p = put(120, 2, pos(t0), 0.0, 0.0, t0.md + 400.0, tie(0.0, 0.0));
-        ASSERT_EQ(p.m_nError, 0);
-        EXPECT_NEAR(at(p, 1).tvd, t0.tvd + 400.0, kPos);
-    }
-    {
-        SCOPED_TRACE("930 with a course shorter than the way across");
-        const CPlan p = put(120, 2, pos(t0) + V{600.0, 0.0, 0.0}, 0.0, 0.0, t0.md + 300.0);
-        EXPECT_EQ(p.m_nError, -10);
-        EXPECT_EQ(at(p, 1).md, t0.md + 300.0);  // the line as put, unsolved
-    }
+    CPlan p = put(120, 1, pos(t0) + 700.0 * ahead);
+    ASSERT_EQ(p.m_nError, 0);
+    const SStation s = at(p, 1);
+    EXPECT_NEAR(s.md, t0.md + 700.0, kPos);
+    EXPECT_EQ(std::tie(s.dls, s.tf, s.build, s.turn), std::make_tuple(0.0, 0.0, 0.0, 0.0));
+    p = put(120, 2, pos(t0), 0.0, 0.0, t0.md + 400.0, tie(0.0, 0.0));
+    ASSERT_EQ(p.m_nError, 0);
+    EXPECT_NEAR(at(p, 1).tvd, t0.tvd + 400.0, kPos);
+    p = put(120, 2, pos(t0) + V{600.0, 0.0, 0.0}, 0.0, 0.0, t0.md + 300.0);
+    EXPECT_EQ(p.m_nError, -10);
+    EXPECT_EQ(at(p, 1).md, t0.md + 300.0);
 }
 
 // 910: an arc of the given severity that ends at the given inclination with its heading pointing
 // over the target; a target nearer than the arc's tangent length fails with -1.
 TEST(CurveToTarget, OnlineInclination) {
-    const SStation t0 = tie();
-    struct Row {
+    const struct {
         const char* name;
         V offset;
         double dls, inc;
@@ -203,7 +168,7 @@ TEST(CurveToTarget, OnlineInclination) {
         {"drop and turn left", {-900.0, 600.0, 2500.0}, 5e-4, 0.2, 0},
         {"target within the tangent length", {30.0, 20.0, 100.0}, 1e-4, 1.4, -1},
     };
-    for (const Row& r : rows) {
+    for (const auto& r : rows) {
         SCOPED_TRACE(r.name);
         const V aim = pos(t0) + r.offset;
         const CPlan p = put(50, 0, aim, r.dls, r.inc);
@@ -221,93 +186,74 @@ TEST(CurveToTarget, OnlineInclination) {
 }
 
 // 1910 (arc, then hold) and 1920 (hold, then arc): the arc has the requested severity and is tangent
-// where it starts, the hold is straight, and the line ends on the target.
+// where it starts, the hold is straight, and the line ends on the target. Failures leave the plan
+// at the tie-on: straight ahead (-12); behind the start within the turning band, or more than two
+// radii aside for the hold-first join (-1).
 TEST(CurveToTarget, ArcAndHold) {
-    const SStation t0 = tie();
-    const V t = dir(t0.inc, t0.azi), m = side(t0.inc, t0.azi, 1.0);
-    struct Row {
-        const char* name;
-        int variant;
-        V aim;
-    } rows[] = {
-        {"1910 ahead", 1, pos(t0) + 2500.0 * t + 900.0 * m},
-        {"1920 ahead", 2, pos(t0) + 2500.0 * t + 900.0 * m},
-        {"1910 behind, beyond the band: an arc of more than 90 degrees", 1,
-         pos(t0) - 300.0 * t + 2500.0 * m},
-    };
-    for (const Row& r : rows) {
-        SCOPED_TRACE(r.name);
-        const int variant = r.variant;
-        const V aim = r.aim;
-        const double k = variant == 1 ? 1e-3 : 4e-4;
-        const CPlan p = put(80, variant, aim, k);
-        ASSERT_EQ(p.m_nError, 0);
-        const SStation s1 = at(p, 1), s2 = at(p, 2);
-        EXPECT_EQ(s1.method, variant == 1 ? 1910 : 1920);
-        EXPECT_EQ(s2.method, 1);
-        EXPECT_TRUE(s1.target.empty());
-        EXPECT_EQ(s2.target, u"T1");
-        EXPECT_NEAR(s2.tvd, aim.v, kPos);
-        EXPECT_NEAR(s2.ns, aim.n, kPos);
-        EXPECT_NEAR(s2.ew, aim.e, kPos);
-        const SStation& arcFrom = variant == 1 ? t0 : s1;
-        const SStation& arcTo = variant == 1 ? s1 : s2;
-        const SStation& holdFrom = variant == 1 ? s1 : t0;
-        const SStation& holdTo = variant == 1 ? s2 : s1;
-        expectArc(arcFrom, arcTo, k);
-        EXPECT_NEAR(arcTo.dls, k, kRate);
-        const V hold = pos(holdTo) - pos(holdFrom);
-        EXPECT_NEAR(dot(hold, dir(holdFrom.inc, holdFrom.azi)), holdTo.md - holdFrom.md, kPos);
-        EXPECT_NEAR(dot(dir(holdTo.inc, holdTo.azi), dir(holdFrom.inc, holdFrom.azi)), 1.0, kAng);
-        if (variant == 2) {
-            EXPECT_EQ(s1.build, t0.build);  // carried over from the start station
-            EXPECT_EQ(s1.turn, t0.turn);
-            EXPECT_EQ(s1.dls, 0.0);
-        }
-    }
-}
-
-// Requested severity gentler than the single arc's: raised to it + 1e-6, and the hold is short.
-// Failures: straight ahead (-12); behind the start within the turning band, or more than two radii
-// aside for the hold-first join (-1).
-TEST(CurveToTarget, ArcAndHoldLimits) {
-    const SStation t0 = tie();
-    const V t = dir(t0.inc, t0.azi), m = side(t0.inc, t0.azi, 0.4);
-    const double R = 1000.0, phi = 0.8;
-    const V onCircle = pos(t0) + R * std::sin(phi) * t + R * (1.0 - std::cos(phi)) * m;
-    {
-        SCOPED_TRACE("1910 gentler than the single arc");
-        const CPlan p = put(80, 1, onCircle, 0.5 / R);
-        ASSERT_EQ(p.m_nError, 0);
-        EXPECT_NEAR(at(p, 1).dls, 1.0 / R + 1e-6, 1e-9);
-        EXPECT_LT(at(p, 2).md - at(p, 1).md, 50.0);  // the hold grows as the root of the raise
-        EXPECT_GT(at(p, 2).md - at(p, 1).md, 0.0);
-    }
-    struct Row {
+    const V m = side(1.0), ahead2 = pos(t0) + 2500.0 * ahead + 900.0 * m;
+    const V behind = pos(t0) - 200.0 * ahead + 300.0 * side(0.4);
+    const struct {
         const char* name;
         int variant;
         V aim;
         double dls;
         int error;
     } rows[] = {
-        {"1910 straight ahead", 1, pos(t0) + 800.0 * t, 1e-3, -12},
-        {"1920 straight ahead", 2, pos(t0) + 800.0 * t, 1e-3, -12},
-        {"1910 behind, within the band", 1, pos(t0) - 200.0 * t + 300.0 * m, 1e-3, -1},
-        {"1920 behind, within the band", 2, pos(t0) - 200.0 * t + 300.0 * m, 1e-3, -1},
-        {"1920 more than two radii aside", 2, pos(t0) + 1500.0 * t + 2500.0 * m, 1e-3, -1},
+        {"1910 ahead", 1, ahead2, 1e-3, 0},
+        {"1920 ahead", 2, ahead2, 4e-4, 0},
+        {"1910 behind, beyond the band: an arc of more than 90 degrees", 1,
+         pos(t0) - 300.0 * ahead + 2500.0 * m, 1e-3, 0},
+        {"1910 straight ahead", 1, pos(t0) + 800.0 * ahead, 1e-3, -12},
+        {"1920 straight ahead", 2, pos(t0) + 800.0 * ahead, 1e-3, -12},
+        {"1910 behind, within the band", 1, behind, 1e-3, -1},
+        {"1920 behind, within the band", 2, behind, 1e-3, -1},
+        {"1920 more than two radii aside", 2, pos(t0) + 1500.0 * ahead + 2500.0 * side(0.4), 1e-3,
+         -1},
     };
-    for (const Row& r : rows) {
+    for (const auto& r : rows) {
         SCOPED_TRACE(r.name);
         const CPlan p = put(80, r.variant, r.aim, r.dls);
-        EXPECT_EQ(p.m_nError, r.error);
-        EXPECT_EQ(p.m_nPrev, 0);
+        ASSERT_EQ(p.m_nError, r.error);
+        if (r.error != 0) {
+            EXPECT_EQ(p.m_nPrev, 0);
+            continue;
+        }
+        const SStation s1 = at(p, 1), s2 = at(p, 2);
+        EXPECT_EQ(s1.method, r.variant == 1 ? 1910 : 1920);
+        EXPECT_EQ(s2.method, 1);
+        EXPECT_TRUE(s1.target.empty() && s2.target == u"T1");
+        expectAt(s2, r.aim);
+        const SStation& arcFrom = r.variant == 1 ? t0 : s1;
+        const SStation& arcTo = r.variant == 1 ? s1 : s2;
+        const SStation& holdFrom = r.variant == 1 ? s1 : t0;
+        const SStation& holdTo = r.variant == 1 ? s2 : s1;
+        expectArc(arcFrom, arcTo, r.dls);
+        EXPECT_NEAR(arcTo.dls, r.dls, kRate);
+        const V hold = pos(holdTo) - pos(holdFrom), holdDir = dir(holdFrom.inc, holdFrom.azi);
+        EXPECT_NEAR(dot(hold, holdDir), holdTo.md - holdFrom.md, kPos);
+        EXPECT_NEAR(dot(dir(holdTo.inc, holdTo.azi), holdDir), 1.0, kAng);
+        if (r.variant == 2) {  // carried over from the start station
+            EXPECT_EQ(std::tie(s1.build, s1.turn, s1.dls), std::make_tuple(t0.build, t0.turn, 0.0));
+        }
     }
+}
+
+// Requested severity gentler than the single arc's: raised to it + 1e-6, and the hold is short.
+TEST(CurveToTarget, ArcAndHoldRaisesAGentleSeverity) {
+    const double R = 1000.0, phi = 0.8;
+    const V m = side(0.4);
+    const CPlan p =
+        put(80, 1, pos(t0) + R * std::sin(phi) * ahead + R * (1 - std::cos(phi)) * m, 0.5 / R);
+    ASSERT_EQ(p.m_nError, 0);
+    EXPECT_NEAR(at(p, 1).dls, 1.0 / R + 1e-6, kRateIter);
+    EXPECT_LT(at(p, 2).md - at(p, 1).md, 50.0);  // the hold grows as the root of the raise
+    EXPECT_GT(at(p, 2).md - at(p, 1).md, 0.0);
 }
 
 // The dispatch: the start direction is stored before any routine runs (seen through a code that has
 // none, which leaves the cursor and the error alone); a method not built yet refuses its line.
 TEST(Dispatch3D, StartDirectionAndUnlistedCodes) {
-    struct Row {
+    const struct {
         const char* name;
         double inc, azi;
         V expected;
@@ -316,17 +262,15 @@ TEST(Dispatch3D, StartDirectionAndUnlistedCodes) {
         {"horizontal north", M_PI / 2.0, 0.0, {0.0, 1.0, 0.0}},
         {"inclined", 0.5, 0.8, dir(0.5, 0.8)},
     };
-    for (const Row& r : rows) {
+    for (const auto& r : rows) {
         SCOPED_TRACE(r.name);
         CPlan p;
         p.NewData(5);
         p.LoadData(0, tie(r.inc, r.azi));
         SStation line;
-        line.md = 1500.0;
-        line.method = 940;
+        line.md = 1500.0, line.method = 940;
         p.LoadData(1, line);
-        p.m_nPrev = 0;
-        p.m_nError = -7;
+        p.m_nPrev = 0, p.m_nError = -7;
         Access::meth3d(p);
         EXPECT_EQ(p.m_nError, 0);
         EXPECT_EQ(p.m_nPrev, 0);
@@ -335,7 +279,7 @@ TEST(Dispatch3D, StartDirectionAndUnlistedCodes) {
         EXPECT_NEAR(p.m_stnPrev.uv, r.expected.v, kAng);
         EXPECT_EQ(at(p, 1).md, 1500.0);
     }
-    const CPlan p = put(110, 1, pos(tie()) + V{100.0, 100.0, 1000.0});  // "OPT AL DLS"
+    const CPlan p = put(110, 1, pos(t0) + V{100.0, 100.0, 1000.0});  // "OPT AL DLS"
     EXPECT_EQ(p.m_nError, -4);
     EXPECT_EQ(p.m_nFirst, 1);
 }
