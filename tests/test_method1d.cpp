@@ -2,6 +2,7 @@
 // minimum curvature between its end directions, and its failures leave the plan as it was.
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
 
 #include "plan/CPlan.h"
@@ -23,8 +24,8 @@ SStation tie(double inc, double azi, double tvd = 900.0) {
     s.md = 1000.0, s.inc = inc, s.azi = azi, s.tvd = tvd, s.ns = 100.0, s.ew = -50.0, s.method = 2;
     return s;
 }
-SStation line(short code, double md, double inc, double azi, double tvd, double dls, double tf,
-              const char16_t* target = u"", bool flag = false) {
+SStation line(short code, double md, double inc = 0, double azi = 0, double tvd = 0, double dls = 0,
+              double tf = 0, const char16_t* target = u"", bool flag = false) {
     SStation s;
     s.method = code, s.md = md, s.inc = inc, s.azi = azi, s.tvd = tvd, s.dls = dls, s.tf = tf;
     s.target = target, s.flag = flag;
@@ -55,10 +56,11 @@ CPlan solved(const SStation& t, const SStation& l) {
 /// The end of the line against minimum curvature between its end directions, written out here:
 /// position change (t1 + t2) (L/2) (2/DL) tan(DL/2); and its dogleg severity times L is DL.
 void expectMinimumCurvature(const SStation& a, const SStation& b) {
-    const double t1[3] = {std::sin(a.inc) * std::sin(a.azi), std::sin(a.inc) * std::cos(a.azi),
-                          std::cos(a.inc)};
-    const double t2[3] = {std::sin(b.inc) * std::sin(b.azi), std::sin(b.inc) * std::cos(b.azi),
-                          std::cos(b.inc)};
+    const auto unit = [](const SStation& s) {
+        return std::array<double, 3>{std::sin(s.inc) * std::sin(s.azi),
+                                     std::sin(s.inc) * std::cos(s.azi), std::cos(s.inc)};
+    };
+    const std::array<double, 3> t1 = unit(a), t2 = unit(b);
     const double chord = std::hypot(t2[0] - t1[0], t2[1] - t1[1], t2[2] - t1[2]);
     const double DL = 2.0 * std::asin(chord / 2.0);
     const double L = b.md - a.md;
@@ -69,72 +71,48 @@ void expectMinimumCurvature(const SStation& a, const SStation& b) {
     EXPECT_NEAR(b.dls * L, DL, ANG_TOL) << "dls";
 }
 
-void expectNear(double got, double expected, double tol, const char* what) {
-    if (!std::isnan(expected)) {
-        EXPECT_NEAR(got, expected, tol) << what;
-    }
-}
-
 }  // namespace
 
+// Each row's end direction [deg] and md are hand geometry (holds, quarter circles of radius 1000,
+// pure builds whose tvd gain is 1000 (sin I2 - sin I1)); its position follows by minimum curvature.
 TEST(Method1D, EachMethodLandsWhereItsInputsSay) {
-    const double c30 = std::cos(deg(30));
-    const double a345 = std::atan2(4.0, 3.0);     // asin(0.8)
-    const double quarter = 1000.0 + 500.0 * PI_;  // md after a quarter circle of radius 1000
+    const double v30 = 900 + 500 * std::cos(deg(30));  // tvd of a hold at 30 to md 1500
+    const double b20 = 1000 + 1000 * deg(20);          // md of a 20 degree build
+    const double q = 1000.0 + 500.0 * PI_;             // md after a quarter circle of radius 1000
+    const double i08 = std::asin(0.8) / deg(1), i025 = std::asin(0.25) / deg(1);  // [deg]
+    const double v50 = 400 + 1000 * std::sin(deg(50));  // tvd after building 30 to 50 at 1e-3
+    const double k = 1e-3, k20 = deg(20) / 500;         // [rad/L]
     const struct {
         const char* name;
         SStation tie, line;
-        double inc, azi, md, tvd, ns, ew, tf;
+        double inc, azi, md, tf;
     } rows[] = {
-        // Hand-computed surveys: holds and quarter circles of radius 1000.
-        {"10 hold", T0, line(10, 1500, X, X, 0, 0, 0), deg(30), deg(40), 1500, 900 + 500 * c30, X,
-         X, X},
-        {"20 hold to tvd", T0, line(20, 0, 0, 0, 900 + 500 * c30, 0, 0), deg(30), deg(40), 1500, X,
-         X, X, X},
-        {"20 depth of target T", T0, line(20, 0, 0, 0, 0, 0, 0, u"T"), X, X, 1500, X, X, X, X},
-        {"20 flagged target F ignored", T0, line(20, 0, 0, 0, 900 + 500 * c30, 0, 0, u"F", true), X,
-         X, 1500, X, X, X, X},
-        {"30 quarter circle down to east", V, line(30, quarter, deg(90), deg(90), 0, 0, 0), deg(90),
-         deg(90), X, 1900, 100, 950, deg(90)},
-        {"30 flat quarter turn", H, line(30, quarter, deg(90), deg(90), 0, 0, 0), deg(90), deg(90),
-         X, 900, 1100, 950, deg(90)},
-        {"30 inc azi md", T0, line(30, 1300, deg(50), deg(70), 0, 0, 0), deg(50), deg(70), 1300, X,
-         X, X, X},
-        {"30 from vertical: tf = end azimuth", V, line(30, 1300, deg(20), deg(200), 0, 0, 0),
-         deg(20), deg(200), X, X, X, X, deg(200)},
-        // Pure builds in a vertical plane: tvd gain 1000 (sin I2 - sin I1) over 1000 (I2 - I1).
-        {"40 build to tvd", T0,
-         line(40, 0, deg(50), deg(40), 900 + 1000 * (std::sin(deg(50)) - 0.5), 0, 0), deg(50),
-         deg(40), 1000 + 1000 * deg(20), X, X, X, X},
-        {"50 build at dls", T0, line(50, 0, deg(50), deg(40), 0, 1e-3, 0), deg(50), deg(40),
-         1000 + 1000 * deg(20), 900 + 1000 * (std::sin(deg(50)) - 0.5), X, X, X},
-        {"50 zero dls keeps md", T0, line(50, 1200, deg(50), deg(40), 0, 0, 0), deg(30), X, 1200, X,
-         X, X, X},
-        {"80 upper root", T0, line(80, 1500, 0, deg(40), 0, deg(20) / 500, 0), deg(50), deg(40),
-         1500, X, X, X, X},
-        {"160 lower root", T0, line(160, 1500, 0, deg(40), 0, deg(20) / 500, 0), deg(10), deg(40),
-         1500, X, X, X, X},
-        {"120 build to inc", T0, line(120, 0, deg(50), 0, 0, 1e-3, 0), deg(50), deg(40),
-         1000 + 1000 * deg(20), X, X, X, X},
-        {"110 build to tvd", T0, line(110, 0, 0, 0, 1200, 1e-3, 0), a345, deg(40),
-         1000 + 1000 * (a345 - deg(30)), 1200, X, X, X},
-        {"150 drop to tvd", T0, line(150, 0, 0, deg(40), 1150, 1e-3, 0), std::asin(0.25), deg(40),
-         1000 + 1000 * (deg(30) - std::asin(0.25)), 1150, X, X, X},
+        {"10 hold", T0, line(10, 1500), 30, 40, 1500, X},
+        {"20 hold to tvd", T0, line(20, 0, 0, 0, v30), 30, 40, 1500, X},
+        {"20 depth of target T", T0, line(20, 0, 0, 0, 0, 0, 0, u"T"), 30, 40, 1500, X},
+        {"20 flagged F ignored", T0, line(20, 0, 0, 0, v30, 0, 0, u"F", true), 30, 40, 1500, X},
+        {"30 quarter down to east", V, line(30, q, deg(90), deg(90)), 90, 90, q, 90},
+        {"30 flat quarter turn", H, line(30, q, deg(90), deg(90)), 90, 90, q, 90},
+        {"30 inc azi md", T0, line(30, 1300, deg(50), deg(70)), 50, 70, 1300, X},
+        {"40 build to tvd", T0, line(40, 0, deg(50), deg(40), v50), 50, 40, b20, X},
+        {"50 build at dls", T0, line(50, 0, deg(50), deg(40), 0, k), 50, 40, b20, X},
+        {"50 zero dls keeps md", T0, line(50, 1200, deg(50), deg(40)), 30, 40, 1200, X},
+        {"80 upper root", T0, line(80, 1500, 0, deg(40), 0, k20), 50, 40, 1500, X},
+        {"160 lower root", T0, line(160, 1500, 0, deg(40), 0, k20), 10, 40, 1500, X},
+        {"120 build to inc", T0, line(120, 0, deg(50), 0, 0, k), 50, 40, b20, X},
+        {"110 build to tvd", T0, line(110, 0, 0, 0, 1200, k), i08, 40, 1000 + deg(i08 - 30) / k, X},
+        {"150 drop to tvd", T0, line(150, 0, 0, deg(40), 1150, k), i025, 40,
+         1000 + deg(30 - i025) / k, X},
         // From north on the horizontal a right angle at toolface 45 ends east, 45 degrees up.
-        {"70 dls tf inc md", H, line(70, quarter, deg(135), 0, 0, 1e-3, deg(45)), deg(135), deg(90),
-         quarter, X, X, X, X},
-        {"90 dls tf azi md", H, line(90, quarter, 0, deg(90), 0, 1e-3, deg(45)), deg(135), deg(90),
-         quarter, X, X, X, X},
-        {"100 dls tf md", H, line(100, quarter, 0, 0, 0, 1e-3, deg(45)), deg(135), deg(90), quarter,
-         X, X, X, X},
-        {"130 dls tf to azi", H, line(130, 0, 0, deg(90), 0, 1e-3, deg(45)), deg(135), deg(90),
-         quarter, X, X, X, X},
-        {"100 from vertical: tf = end azimuth", V,
-         line(100, 1300, 0, 0, 0, deg(20) / 300, deg(200)), deg(20), deg(200), 1300, X, X, X,
-         deg(200)},
+        {"70 dls tf inc md", H, line(70, q, deg(135), 0, 0, k, deg(45)), 135, 90, q, X},
+        {"90 dls tf azi md", H, line(90, q, 0, deg(90), 0, k, deg(45)), 135, 90, q, X},
+        {"100 dls tf md", H, line(100, q, 0, 0, 0, k, deg(45)), 135, 90, q, X},
+        {"130 dls tf to azi", H, line(130, 0, 0, deg(90), 0, k, deg(45)), 135, 90, q, X},
+        {"100 from vertical: tf = azi", V, line(100, 1300, 0, 0, 0, deg(20) / 300, deg(200)), 20,
+         200, 1300, 200},
         // Hold on the start azimuth 40 from section 100 to target T's section 600.
-        {"140 hold to section", T0, line(140, 0, 0, 0, 0, 0, 0, u"T"), deg(30), deg(40),
-         1000 + 1000 / std::cos(deg(40)), X, 600, X, X},
+        {"140 hold to section", T0, line(140, 0, 0, 0, 0, 0, 0, u"T"), 30, 40,
+         1000 + 1000 / std::cos(deg(40)), X},
     };
     for (const auto& r : rows) {
         SCOPED_TRACE(r.name);
@@ -142,21 +120,20 @@ TEST(Method1D, EachMethodLandsWhereItsInputsSay) {
         ASSERT_EQ(p.m_nError, 0);
         EXPECT_EQ(p.m_nPrev, 1);
         const SStation& e = p.m_stations[1];
-        expectNear(e.inc, r.inc, ANG_TOL, "inc");
-        expectNear(e.azi, r.azi, ANG_TOL, "azi");
-        expectNear(e.md, r.md, LEN_TOL, "md");
-        expectNear(e.tvd, r.tvd, LEN_TOL, "tvd");
-        expectNear(e.ns, r.ns, LEN_TOL, "ns");
-        expectNear(e.ew, r.ew, LEN_TOL, "ew");
-        expectNear(e.tf, r.tf, ANG_TOL, "tf");
+        EXPECT_NEAR(e.inc, deg(r.inc), ANG_TOL);
+        EXPECT_NEAR(e.azi, deg(r.azi), ANG_TOL);
+        EXPECT_NEAR(e.md, r.md, LEN_TOL);
+        if (!std::isnan(r.tf)) {
+            EXPECT_NEAR(e.tf, deg(r.tf), ANG_TOL);
+        }
         expectMinimumCurvature(p.m_stations[0], e);
     }
 }
 
 TEST(Method1D, TurnSidesRatesAndReadings) {
     // 60 turns right and 180 left, by the same amount, for the same inputs.
-    const CPlan right = solved(T0, line(60, 1500, deg(40), 0, 0, deg(15) / 500, 0));
-    const CPlan left = solved(T0, line(180, 1500, deg(40), 0, 0, deg(15) / 500, 0));
+    const CPlan right = solved(T0, line(60, 1500, deg(40), 0, 0, deg(15) / 500));
+    const CPlan left = solved(T0, line(180, 1500, deg(40), 0, 0, deg(15) / 500));
     for (const CPlan* p : {&right, &left}) {
         ASSERT_EQ(p->m_nError, 0);
         EXPECT_NEAR(p->m_stations[1].inc, deg(40), ANG_TOL);
@@ -167,33 +144,30 @@ TEST(Method1D, TurnSidesRatesAndReadings) {
     EXPECT_NEAR(left.m_stations[1].azi - deg(40), -turnRight, ANG_TOL);
 
     // Build and turn of 20 and 30 degrees over 300.
-    const SStation e = solved(T0, line(30, 1300, deg(50), deg(70), 0, 0, 0)).m_stations[1];
+    const SStation e = solved(T0, line(30, 1300, deg(50), deg(70))).m_stations[1];
     EXPECT_NEAR(e.build, deg(20) / 300, RATE_TOL);
     EXPECT_NEAR(e.turn, deg(30) / 300, RATE_TOL);
 
-    // A measured depth not beyond the start is a course length; none at all is a course of 1.
+    // A measured depth not beyond the start (1000) is a course length, none at all a course of 1; a
+    // depth 1000 or more above the start (1500) is an increment below it, a non-positive one 1.
     const struct {
-        double given, md;
-    } courses[] = {{1500, 1500}, {300, 1300}, {1000, 2000}, {0, 1001}, {-5, 1001}};
-    for (const auto& c : courses) {
-        SCOPED_TRACE(testing::Message() << "md given " << c.given);
-        EXPECT_NEAR(solved(T0, line(10, c.given, 0, 0, 0, 0, 0)).m_stations[1].md, c.md, LEN_TOL);
-    }
-    // A depth 1000 or more above the start (at 1500) is an increment below it, a non-positive
-    // one 1.
-    const struct {
-        double given, tvd;
-    } depths[] = {{500, 2000}, {501, 501}, {-100, 1501}, {1700, 1700}};
-    for (const auto& d : depths) {
-        SCOPED_TRACE(testing::Message() << "tvd given " << d.given);
-        const CPlan p = solved(tie(deg(30), 0, 1500), line(20, 0, 0, 0, d.given, 0, 0));
-        EXPECT_NEAR(p.m_stations[1].tvd, d.tvd, LEN_TOL);
-        if (d.tvd > 1500) {
-            EXPECT_NEAR(p.m_stations[1].md, 1000 + (d.tvd - 1500) / std::cos(deg(30)), LEN_TOL);
+        double md, mdEnd, tvd, tvdEnd;
+    } rows[] = {{1500, 1500, 500, 2000},
+                {300, 1300, 501, 501},
+                {1000, 2000, -100, 1501},
+                {0, 1001, 1700, 1700},
+                {-5, 1001, 1700, 1700}};
+    for (const auto& r : rows) {
+        SCOPED_TRACE(testing::Message() << "md given " << r.md << ", tvd given " << r.tvd);
+        EXPECT_NEAR(solved(T0, line(10, r.md)).m_stations[1].md, r.mdEnd, LEN_TOL);
+        const CPlan p = solved(tie(deg(30), 0, 1500), line(20, 0, 0, 0, r.tvd));
+        EXPECT_NEAR(p.m_stations[1].tvd, r.tvdEnd, LEN_TOL);
+        if (r.tvdEnd > 1500) {
+            EXPECT_NEAR(p.m_stations[1].md, 1000 + (r.tvdEnd - 1500) / std::cos(deg(30)), LEN_TOL);
         }
     }
     // A course of 0.001 or less is not laid: the end keeps the solved direction and given position.
-    const SStation s = solved(T0, line(30, 1000.0005, deg(50), deg(70), 0, 0, 0)).m_stations[1];
+    const SStation s = solved(T0, line(30, 1000.0005, deg(50), deg(70))).m_stations[1];
     EXPECT_NEAR(s.inc, deg(50), ANG_TOL);
     EXPECT_EQ(s.tvd, 0.0);
 }
@@ -205,15 +179,15 @@ TEST(Method1D, FailuresLeaveThePlanAsItWas) {
         SStation tie, line;
         int error;
     } rows[] = {
-        {"20 from horizontal", H, line(20, 0, 0, 0, 1000, 0, 0), -7},
-        {"40 along the horizontal", H, line(40, 0, deg(90), 0, 1000, 0, 0), -7},
+        {"20 from horizontal", H, line(20, 0, 0, 0, 1000), -7},
+        {"40 along the horizontal", H, line(40, 0, deg(90), 0, 1000), -7},
         {"140 from vertical", V, line(140, 0, 0, 0, 0, 0, 0, u"T"), -12},
         {"140 target level in section", T0, line(140, 0, 0, 0, 0, 0, 0, u"S"), -12},
         {"90 pure build toolface", T0, line(90, 1500, 0, deg(60), 0, 1e-3, 0), -8},
         {"60 from vertical", V, line(60, 1300, deg(20), 0, 0, 1e-3, 0), -1},
         {"80 azimuth out of reach", T0, line(80, 1100, 0, deg(130), 0, 1e-4, 0), -1},
         {"50 no length to go", T0, line(50, 1500, deg(30), deg(40), 0, 1e-3, 0), -1},
-        {"110 zero dls", T0, line(110, 0, 0, 0, 1200, 0, 0), -1},
+        {"110 zero dls", T0, line(110, 0, 0, 0, 1200), -1},
         {"120 no change of inclination", T0, line(120, 0, deg(30), 0, 0, 1e-3, deg(90)), -14},
         {"110 deeper than the radius", V, line(110, 0, 0, 0, 2400, 1e-3, 0), -17},
         {"150 deeper than a vertical end", T0, line(150, 0, 0, deg(40), 5900, 1e-3, 0), -18},
