@@ -91,6 +91,19 @@ void CPlan::meth1d() {
     if (!loadLine()) return;
     const int line = m_nPrev + 1;
     m_nFirst = m_nLast = line;
+    if (!firstFamilyStep(line)) return;
+    m_stations[line] = m_stnC;
+    ++m_nPrev;
+    m_nError = ERR_NONE;
+}
+
+// The solve of one first-family line in the working stations: from m_stnPrev, the line given in
+// m_stnC (its course length already read) is completed in m_stnC as meth1d describes; `line` is
+// the line's station, from which the methods that end at a target depth load their target. True
+// when the line is solved (m_nError 0); false on an error, or for a code of another family (then
+// with m_nError 0 and m_stnC as given). No stored station is read or written otherwise, so
+// SolveSurvey shares this step with the plan.
+bool CPlan::firstFamilyStep(int line) {
     double L = m_stnC.md - m_stnPrev.md;
 
     if (m_stnC.tvd - m_stnPrev.tvd <= RELATIVE_TVD) {
@@ -199,13 +212,13 @@ void CPlan::meth1d() {
     case DLS_TF_INC:
         solve10();
         solve3();
-        if (m_nError != ERR_NONE) return;
+        if (m_nError != ERR_NONE) return false;
         depthFromDogleg();
         break;
     case DLS_TF_AZI:
         solve6();
         solve2();
-        if (m_nError != ERR_NONE) return;
+        if (m_nError != ERR_NONE) return false;
         depthFromDogleg();
         break;
     case STRAIGHT_VSEC: {
@@ -229,9 +242,9 @@ void CPlan::meth1d() {
         solve13();
         solve1();
         break;
-    default: return;
+    default: return false;
     }
-    if (m_nError != ERR_NONE) return;
+    if (m_nError != ERR_NONE) return false;
 
     meth_optdl1();
 
@@ -240,15 +253,13 @@ void CPlan::meth1d() {
     m_stnC.turn = 0.0;
     if (is_zero(L)) {
         m_nError = ERR_BUILD_TURN;
-        return;
+        return false;
     }
     m_stnC.build = (m_stnC.inc - m_stnPrev.inc) / L;
     if (m_stnPrev.inc > 0.0 && m_stnC.inc > 0.0)
         m_stnC.turn = daz2hdls(getdaz(m_stnC.azi - m_stnPrev.azi), L, m_stnPrev.inc, m_stnC.build);
-
-    m_stations[line] = m_stnC;
-    ++m_nPrev;
     m_nError = ERR_NONE;
+    return true;
 }
 
 // The arc step: lays a circular arc of constant curvature K from m_stnPrev over the course

@@ -18,6 +18,7 @@
 // A plan object owns everything it uses; it is not safe for concurrent use.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <utility>
 #include <vector>
@@ -258,6 +259,20 @@ public:
     int OuijaCalcs(double md, bool incGiven, double inc, bool aziGiven, double azi, bool dlsGiven,
                    double dls, bool tfGiven, double tf, SStation plane);
 
+    /// Solves a measured survey of any length exactly as the plan solves "Inc Azi MD" lines.
+    /// From `tieOn`, station i (md[i], inc[i], azi[i]: measured depth [L], inclination and
+    /// azimuth [rad]) is solved from station i - 1 by the same line step as a plan line of code 30
+    /// and written whole into out[i]: every field as the plan would hold it after putting the same
+    /// stations with PutData (the other transfer fields at 0) and solving them, to the last bit. Time
+    /// and memory are linear in `count`; no plan is built. The plain turn model is used.
+    /// A survey is never read as course lengths: a measured depth not beyond the one before it (or
+    /// the tie-on's) stops the survey there with -10, the stations before it solved. Otherwise the
+    /// result is 0, or the error the plan would report for the first station that fails (the
+    /// stations before it solved). Null arrays with a non-zero count give -4 and write nothing.
+    /// (plan/Survey.cpp)
+    static int SolveSurvey(const SStation& tieOn, std::size_t count, const double* md,
+                           const double* inc, const double* azi, SStation* out);
+
     // ==== Target methods (targets/CurveToTarget.cpp, targets/Pending.cpp) ============================
     double stagg(double tvd, double ns, double ew);
     void meth_dtsch();
@@ -321,6 +336,7 @@ private:
 
     // ==== One-dimensional lines (methods1d/Method1D.cpp, BuildTurn.cpp, DropTurn.cpp) ===========
     bool loadLine();  ///< the line after m_nPrev into m_stnPrev/m_stnC, with its course length
+    bool firstFamilyStep(int line);  ///< meth1d's solve of m_stnC from m_stnPrev (see meth1d)
     void meth_optdl1();
     void build_turn();
     void meth1b();
