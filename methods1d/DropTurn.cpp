@@ -14,10 +14,12 @@ namespace {
 
 /// Length of each arc of a constant-toolface chain [L].
 constexpr double CT_STEP = 1.0;
-/// Most arcs one constant-toolface walk may lay: 100,000 steps of 1.0 is 100 km in metres, far
-/// beyond any well. A walk that would go further (a curve that never reaches its depth or azimuth,
-/// or a line of absurd length) stops there and fails with -17 instead of running on.
-constexpr long MAX_CT_STEPS = 100000;
+/// Most arcs one constant-toolface walk may lay: 20,000 steps of 1.0 is 20 km in metres, longer
+/// than any constant-toolface line of a real well (at 1 degree per 100 ft it would turn through
+/// 200 degrees). A walk that would go further (a curve that never reaches its depth or azimuth, a
+/// dogleg severity of zero, a line of absurd length) stops there and fails with -17 instead of
+/// running on; the bound also keeps every such call within a few milliseconds.
+constexpr long MAX_CT_STEPS = 20000;
 
 /// What a walk's judge says of the arc just laid.
 enum WalkStep { WALK_ON, WALK_DONE, WALK_GIVE_UP };

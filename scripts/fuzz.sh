@@ -1,0 +1,13 @@
+#!/usr/bin/env bash
+# Builds the plan fuzzer with clang (libFuzzer, ASan, UBSan) and runs it: first over the checked-in
+# corpus, then for the given number of seconds (default 60) with new inputs kept in build-fuzz/.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+seconds=${1:-60}
+CC=clang CXX=clang++ cmake -S . -B build-fuzz -DCMAKE_BUILD_TYPE=RelWithDebInfo -DORRIN_FUZZ=ON \
+    -DORRIN_BUILD_TESTS=OFF -DORRIN_BUILD_BENCH=OFF >/dev/null
+cmake --build build-fuzz -j "$(nproc)" --target fuzz_plan >/dev/null
+mkdir -p build-fuzz/corpus
+build-fuzz/fuzz/fuzz_plan -runs=0 fuzz/corpus
+build-fuzz/fuzz/fuzz_plan -max_total_time="$seconds" -artifact_prefix=build-fuzz/ \
+    build-fuzz/corpus fuzz/corpus
