@@ -293,6 +293,7 @@ private:
 
     // ==== Solving (plan/Solve.cpp, plan/Backward.cpp) ==============================================
     void solval();
+    bool finiteStations(int first, int last) const;  ///< no infinity or NaN in their solved values
     void DoBackwards(unsigned& i);
 
     // ==== Putting and reading lines (plan/Put.cpp, plan/Get.cpp) ===================================

@@ -1,5 +1,6 @@
 // Solving the plan: backward lines from the bottom up, forward lines from the cursor, then a check
 // that measured depth rises along the plan. A failing forward line puts the plan back as it stood.
+#include <cmath>
 #include <cstdlib>
 
 #include "geometry/Numerics.h"
@@ -16,6 +17,16 @@ constexpr int MAX_LINES_SOLVED = 1000;
 constexpr short INSERT_POINT = 9999;
 
 }  // namespace
+
+// True when every solved value of stations first ... last (those inside the array) is finite.
+bool CPlan::finiteStations(int first, int last) const {
+    for (int k = first; k <= last && hasStation(k); ++k) {
+        const SStation& s = m_stations[k];
+        for (double v : {s.md, s.inc, s.azi, s.tvd, s.ns, s.ew, s.dls, s.tf, s.build, s.turn})
+            if (!std::isfinite(v)) return false;
+    }
+    return true;
+}
 
 // Re-solves the plan after a change; outcome in m_nError, m_nFirst/m_nLast (the failing line's
 // stations) and m_nPrev (the cursor).
@@ -96,6 +107,7 @@ void CPlan::solval() {
                 break;
             }
             if (q == 0) break;
+            const int startOfLine = m_nPrev;
             if (r >= 900) {
                 meth3d();
             } else if (q >= 1000) {
@@ -110,6 +122,12 @@ void CPlan::solval() {
                 // A backward line holds its course length; its end depth follows from its start.
                 m_stations[m_nPrev + 1].md += m_stations[m_nPrev].md;
                 ++m_nPrev;
+            }
+            // A line whose formulas ran out of the numbers (an infinity or NaN in what it wrote)
+            // is not stored: it fails as an unknown solution problem.
+            if (m_nError == ERR_NONE && !finiteStations(startOfLine + 1, m_nPrev)) {
+                m_nPrev = startOfLine;
+                m_nError = ERR_UNKNOWN_SOLUTION;
             }
             if (m_nError != ERR_NONE) {
                 m_nFirst = m_nLast = m_nPrev + 1;

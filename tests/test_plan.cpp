@@ -311,3 +311,21 @@ TEST(PlanEditing, GetDeltasFromTwoDirections) {
     p.GetDeltas(99);
     EXPECT_EQ(station(p, 0).dls, 0.0);
 }
+
+TEST(PlanSolving, ALineThatRunsOutOfNumbersIsNotStored) {
+    // "DLS Azi TVD" with no dogleg severity: the arc length DL / K has no value.
+    CPlan p;
+    p.NewData(5);
+    SStation tie;
+    tie.inc = 0.2;
+    tie.method = 2;
+    p.LoadData(0, tie);
+    p.m_nFamily = 90;
+    p.m_nSubMethod = 6;
+    p.m_dAzi = 0.7;
+    p.m_dTVD = 2000;
+    p.m_dDLS = 0.0;
+    p.PutData(-1);
+    EXPECT_EQ(p.m_nError, -4);
+    EXPECT_EQ(p.ErrorMessage(), u"Line 2: Unknown Solution problem");
+}
