@@ -3,7 +3,8 @@
 set -euo pipefail
 
 packages=(g++ cmake make pkg-config libgtest-dev libgmock-dev libbenchmark-dev nlohmann-json3-dev
-          libcli11-dev clang-format g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64)
+          libcli11-dev clang-format g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64
+          clang libclang-rt-14-dev)
 missing=()
 for p in "${packages[@]}"; do
   dpkg -s "$p" >/dev/null 2>&1 || missing+=("$p")
