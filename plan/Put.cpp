@@ -4,6 +4,7 @@
 
 #include "geometry/Numerics.h"
 #include "plan/CPlan.h"
+#include "plan/SettingsRecord.h"
 
 using namespace orrin;
 
@@ -149,6 +150,8 @@ void CPlan::putm2d(int variant) {
 // The settings written are those the description of each method reads; for codes of 2000 and above,
 // 2930 keeps only its target: its dogleg severity and inclination come from the method parameters,
 // and the extra form storage (dls, inc of the middle station) is written for the other codes.
+// Last, the line's settings record goes into aux1, aux2 of its last station (plan/SettingsRecord.h):
+// the solved line overwrites the form storage, the record stays for every later re-solve.
 void CPlan::putm3d(short code) {
     const int s = m_nPrev + 1;
     if (!hasStation(s)) return;
@@ -215,6 +218,14 @@ void CPlan::putm3d(short code) {
         if (code == 910) first.inc = m_dMethodParam4;
         if (code == 930 || code == 935) first.md = m_dMD;
         settar(s, m_target);
+    }
+
+    // The settings record on the line's last station; a code without a record leaves it empty.
+    SStation& last = m_stations[s + n];
+    last.aux1 = last.aux2 = 0.0;
+    if (const SettingsRow* row = settingsRow(code)) {
+        if (row->aux1 != 0) last.aux1 = this->*methodParam(row->aux1);
+        if (row->aux2 != 0) last.aux2 = this->*methodParam(row->aux2);
     }
 }
 
