@@ -279,6 +279,7 @@ private:
     // ==== Solving (plan/Solve.cpp, plan/Backward.cpp) ==============================================
     void solval();
     void DoBackwards(unsigned& i);
+    void salvo(int code);  ///< one backward line in the reversed frame (see plan/Backward.cpp)
 
     // ==== Putting and reading lines (plan/Put.cpp, plan/Get.cpp) ===================================
     void putm1d(int station);
