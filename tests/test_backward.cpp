@@ -259,3 +259,136 @@ TEST(Backward, FailuresNameTheLineAndMoveNothing) {
         EXPECT_EQ(at(p, 1).tvd, r.b.T.v);
     }
 }
+
+// Reading a backward line back gives the family and fields it was put with, and putting those
+// again gives the same plan.
+TEST(Backward, ReadBackAndPutAgainGivesTheSamePlan) {
+    const V T{300.0, 400.0, 2000.0};
+    const double K = 3.0 * kDeg / 30.0;
+    const Back rows[] = {
+        {1, T, 60 * kDeg, 30 * kDeg, 0.0, 0.0, 0, 0, 0, 0, V{-200.0, 100.0, 1200.0}},
+        {2, T, 60 * kDeg, 30 * kDeg, K, 40 * kDeg, 450.0},
+        {3, T, 60 * kDeg, 30 * kDeg, K, 150 * kDeg, 0.0, 1950.0},
+        {4, T, 60 * kDeg, 30 * kDeg, K, -30 * kDeg, 0.0, 0.0, 30 * kDeg},
+        {5, T, 60 * kDeg, 30 * kDeg, K, 0.0, 0.0, 0.0, 40 * kDeg, 350 * kDeg},
+        {6, T, 60 * kDeg, 30 * kDeg, 0.0, 0.0},
+    };
+    for (const Back& b : rows) {
+        SCOPED_TRACE(::testing::Message() << "sub " << b.sub);
+        CPlan p = backOnly(b);
+        const std::vector<SStation> solved = p.m_stations;
+        p.GetData(1);
+        EXPECT_EQ(p.m_nFamily, 150);
+        EXPECT_EQ(p.m_nSubMethod, b.sub);
+        EXPECT_EQ(p.m_target.tvd, b.T.v);
+        EXPECT_EQ(p.m_target.inc, b.inc);
+        const bool given = b.sub >= 2 && b.sub <= 5;  // curvature given; toolface too but for -60
+        EXPECT_EQ(p.m_dDLS, given ? b.K : p.m_dDLS);
+        EXPECT_EQ(p.m_dTF, given && b.sub != 5 ? b.TF : p.m_dTF);
+        EXPECT_NEAR(p.m_dMD, b.sub == 2 ? solved[0].md + b.md : p.m_dMD, TOL_POS);
+        EXPECT_EQ(p.m_dTVD, b.sub == 3 ? b.tvd : p.m_dTVD);
+        EXPECT_EQ(p.m_dInc, b.sub == 4 || b.sub == 5 ? b.sInc : p.m_dInc);
+        EXPECT_EQ(p.m_dAzi, b.sub == 5 ? b.sAzi : p.m_dAzi);
+        EXPECT_EQ(p.m_dLength1, b.sub == 1 ? b.B.v : 0.0);
+        EXPECT_EQ(p.m_strTarget, b.sub == 1 ? u"BT" : p.m_strTarget);
+        p.PutData(1);
+        ASSERT_EQ(p.m_nError, 0);
+        for (int i = 0; i < 2; ++i) {
+            SCOPED_TRACE(i);
+            expectNear(pos(at(p, i)), pos(solved[i]), TOL_POS, "position");
+            EXPECT_NEAR(at(p, i).md, solved[i].md, TOL_POS);
+            EXPECT_NEAR(at(p, i).inc, solved[i].inc, TOL_ANG);
+        }
+    }
+}
+
+namespace {
+
+/// Tie-on, "Online Inc" (910), "DT5 CH Tang" (1910) aimed at the start of a "BACK to CL" line, and
+/// an "Inc Azi MD" line after it.
+const Back kBack{2,
+                 V{20 + 2500 * std::sin(0.85), 50 + 2500 * std::cos(0.85), 4000.0},
+                 60 * kDeg,
+                 0.85,
+                 3 * kDeg / 30,
+                 20 * kDeg,
+                 400.0};
+CPlan wholePlan(double dls1910) {
+    CPlan p;
+    p.NewData(10);
+    p.LoadData(0, tieOn());
+    p.m_nPrev = 0;
+    p.m_nFamily = 50;
+    p.m_dMethodParam1 = 2 * kDeg / 30, p.m_dMethodParam4 = 40 * kDeg;
+    p.m_target = STarget();  // 910 ends off its target: the target lives in the plan's array
+    p.m_target.name = u"T1";
+    p.m_target.ns = 50 + 1500 * std::cos(0.8), p.m_target.ew = 20 + 1500 * std::sin(0.8);
+    p.NewTarget(1);
+    p.LoadTarget(0, p.m_target);
+    p.PutData(-1);
+    p.m_nFamily = 80, p.m_nTargetMethod = 1, p.m_dMethodParam1 = dls1910;
+    p.PutData(-1);
+    putBack(p, kBack);
+    p.m_nFamily = 90, p.m_nSubMethod = 1;
+    p.m_dMD = at(p, 4).md + 300, p.m_dInc = 70 * kDeg, p.m_dAzi = 0.9;
+    p.PutData(-1);
+    return p;
+}
+
+/// The plan's start of the backward line, worked out from the circle.
+V backStart(double K, double CL) {
+    const V te = dir(kBack.inc, kBack.azi);
+    const V kappa =
+        std::cos(kBack.TF) * high(kBack.inc, kBack.azi) + std::sin(kBack.TF) * right(0.85);
+    return kBack.T - (std::sin(K * CL) / K) * te + ((1 - std::cos(K * CL)) / K) * kappa;
+}
+
+}  // namespace
+
+// The forward target line meets the backward line's start; editing any line re-solves them all, and
+// a re-solve after scrambling every transfer field gives the same plan.
+TEST(Backward, WholePlanSolvesEndToEnd) {
+    CPlan p = wholePlan(4 * kDeg / 30);
+    ASSERT_EQ(p.m_nError, 0);
+    const auto meets = [&p](V P, const char* what) {
+        SCOPED_TRACE(what);
+        expectNear(pos(at(p, 3)), P, TOL_POS, "hold end");
+        const V hold = pos(at(p, 3)) - pos(at(p, 2));
+        const double h = std::sqrt(dot(hold, hold));
+        expectNear((1 / h) * hold, dir(at(p, 2).inc, at(p, 2).azi), TOL_ANG, "hold direction");
+        EXPECT_NEAR(at(p, 4).md - at(p, 3).md, kBack.md, TOL_POS);
+        EXPECT_NEAR(at(p, 5).md - at(p, 4).md, 300.0, TOL_POS);
+        const V t5 = dir(70 * kDeg, 0.9), t4 = dir(kBack.inc, kBack.azi);
+        const double dl = std::acos(dot(t4, t5));
+        expectNear(pos(at(p, 5)) - pos(at(p, 4)), (300 * std::tan(dl / 2) / dl) * (t4 + t5),
+                   TOL_POS, "line after");
+    };
+    meets(backStart(kBack.K, kBack.md), "as put");
+
+    std::vector<SStation> before = p.m_stations;
+    p.m_dMethodParam1 = p.m_dMethodParam2 = p.m_dMethodParam4 = p.m_dMethodParam7 = 0.123;
+    p.m_dMD = p.m_dInc = p.m_dAzi = p.m_dTVD = p.m_dDLS = p.m_dTF = 0.456;
+    p.m_target = STarget();
+    p.PutData(0);
+    ASSERT_EQ(p.m_nError, 0);
+    for (std::size_t i = 0; i < before.size(); ++i) {
+        SCOPED_TRACE(::testing::Message() << "scrambled, station " << i);
+        expectNear(pos(at(p, i)), pos(before[i]), TOL_POS, "position");
+        EXPECT_NEAR(at(p, i).md, before[i].md, TOL_POS);
+        EXPECT_NEAR(at(p, i).dls, before[i].dls, TOL_ANG);
+    }
+
+    p.GetData(4);  // a tighter backward line moves the start, and the 1910 follows it
+    p.m_dDLS = 4 * kDeg / 30;
+    p.PutData(4);
+    ASSERT_EQ(p.m_nError, 0);
+    meets(backStart(4 * kDeg / 30, kBack.md), "backward line edited");
+
+    before = p.m_stations;
+    p.GetData(2);
+    p.m_dMethodParam1 = 5 * kDeg / 30;
+    p.PutData(2);
+    ASSERT_EQ(p.m_nError, 0);
+    meets(backStart(4 * kDeg / 30, kBack.md), "target line edited");
+    EXPECT_GT(std::fabs(at(p, 2).md - before[2].md), 1.0);  // the arc did change
+}
