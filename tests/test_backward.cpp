@@ -392,3 +392,42 @@ TEST(Backward, WholePlanSolvesEndToEnd) {
     meets(backStart(4 * kDeg / 30, kBack.md), "target line edited");
     EXPECT_GT(std::fabs(at(p, 2).md - before[2].md), 1.0);  // the arc did change
 }
+
+// Positions of a solved plan turned back into a survey give its lines back.
+TEST(Ferranti, PositionsGiveTheLinesBack) {
+    CPlan p;
+    p.NewData(10);
+    p.LoadData(0, tieOn());
+    p.m_nPrev = 0;
+    const double lines[][3] = {{1300, 40, 60}, {1700, 55, 90}, {1750, 50, 95}, {2400, 20, 30}};
+    for (const auto& l : lines) {
+        p.m_nFamily = 90, p.m_nSubMethod = 1;
+        p.m_dMD = l[0], p.m_dInc = l[1] * kDeg, p.m_dAzi = l[2] * kDeg;
+        p.PutData(-1);
+    }
+    ASSERT_EQ(p.m_nError, 0);
+    CPlan q;
+    q.NewData(10);
+    q.LoadData(0, tieOn());
+    for (int i = 1; i <= 4; ++i) {
+        SStation s;
+        s.tvd = at(p, i).tvd, s.ns = at(p, i).ns, s.ew = at(p, i).ew, s.method = 40;
+        q.LoadData(i, s);
+    }
+    EXPECT_EQ(q.ferranti(3, 2), 0);
+    EXPECT_EQ(q.ferranti(-5, 100), 4);
+    EXPECT_EQ(q.m_nError, 0);
+    for (int i = 1; i <= 4; ++i) {
+        SCOPED_TRACE(i);
+        const SStation a = at(p, i), b = at(q, i);
+        EXPECT_EQ(b.method, 30);
+        EXPECT_NEAR(b.md, a.md, TOL_POS);
+        EXPECT_NEAR(b.inc, a.inc, TOL_ANG);
+        EXPECT_NEAR(b.azi, a.azi, TOL_ANG);
+        EXPECT_NEAR(b.dls, a.dls, TOL_ANG);
+        EXPECT_NEAR(b.tf, a.tf, TOL_ANG);
+    }
+    q.PutData(0);  // solving the survey keeps every position
+    ASSERT_EQ(q.m_nError, 0);
+    for (int i = 1; i <= 4; ++i) expectNear(pos(at(q, i)), pos(at(p, i)), TOL_POS, "solved");
+}
