@@ -157,15 +157,14 @@ void CPlan::salvo(int code) {
         m_stnC.inc = acos_u(uv);
         m_stnC.azi = tangle(ue, un);
         solve1();
-        const double B[3] = {m_stnA.tvd, m_stnA.ns, m_stnA.ew};
-        m_stnC.dl = ptoang();
+        m_stnC.dl = ptoang();  // m_stnA keeps B and gains the arc's md, inc, azi
         if (m_stnC.dl == 0.0) m_stnC.tf = 0.0;
         m_stnC.md = m_stnA.md;
         m_stnC.inc = m_stnA.inc;
         m_stnC.azi = m_stnA.azi;
-        m_stnC.tvd = B[0];
-        m_stnC.ns = B[1];
-        m_stnC.ew = B[2];
+        m_stnC.tvd = m_stnA.tvd;
+        m_stnC.ns = m_stnA.ns;
+        m_stnC.ew = m_stnA.ew;
         return;
     }
     default: return fail(ERR_UNKNOWN_SOLUTION);
