@@ -188,7 +188,10 @@ void CPlan::salvo(int code) {
 //   depth); tvd, ns, ew, inc, azi unchanged; dls = K as given (-20, -30, -40, -60), DL / L (-10), 0
 //   (-50); tf = TF as given (-20, -30, -40), the solved arrival toolface (-60, -10), 0 (-50);
 //   build = (I_e - I_s) / L; turn = f getdaz(A_e - A_s) / L, f as in GetDeltas, 0 when either
-//   inclination is exactly 0; dl = DL. dls, build and turn are 0 when L <= TOL_ZERO.
+//   inclination is exactly 0; dl = DL. build and turn are 0 when L <= TOL_ZERO. Reading taken: a
+//   given curvature stays in dls even then (only a "BACK to IncAz" line whose start is its end gets
+//   there with a K), because dls is where the line keeps its K: zeroing it would make the next
+//   solve of the same line fail with -1. The solved -10 curvature is 0 there, as is -50's.
 // The start quantities come from the line's record (aux1, aux2 of station i). A "BACK to CL" line
 // without one (aux1 <= TOL_ZERO: a line made by Insert(line, true) or read from an older plan) takes
 // its stored course, md(i) - md(i - 1) when that is positive, else md(i). The other lines read an
@@ -273,7 +276,5 @@ void CPlan::DoBackwards(unsigned& i) {
             const double f = m_bHorizontalTurn ? std::sin(0.5 * (start.inc + e.inc)) : 1.0;
             e.turn = f * getdaz(e.azi - start.azi) / L;
         }
-    } else {
-        e.dls = 0.0;
     }
 }
