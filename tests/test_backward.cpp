@@ -231,7 +231,7 @@ TEST(Backward, EachCodeMeetsTheCircleTurnedBack) {
     }
 }
 
-// Every failure of the contract: the line is named and neither of its stations moves.
+// Every way a backward line fails: the line is named and neither of its stations moves.
 TEST(Backward, FailuresNameTheLineAndMoveNothing) {
     const V T{300.0, 400.0, 2000.0};
     const double K = 3.0 * kDeg / 30.0, I = 60 * kDeg, A = 30 * kDeg;
