@@ -22,6 +22,9 @@ constexpr double STRAIGHT_COS = 0.999999999;
 constexpr double MIN_CHORD = 0.25;
 /// Depth by which the solver separates two stations whose measured depths touch [L].
 constexpr double DEPTH_NUDGE = 0.001;
+/// Closure a solved line must reach on the point, depth or line it solves for [L]: where a line
+/// solves for a quantity in closed form, rounding may leave it this far off, and no further.
+constexpr double TOL_CLOSE = 1e-4;
 
 /// True when x lies outside [-1e-6, 1e-6] (both ends of the band count as zero).
 constexpr bool is_nonzero(double x) {

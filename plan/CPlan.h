@@ -161,6 +161,18 @@ public:
     // ==== Putting and reading lines, errors (plan/Put.cpp, plan/Get.cpp, plan/ErrorMessage.cpp) ====
     void PutData(int line);
     int GetAddPoint() const;
+    /// Turns stations whose position is known (a path loaded with LoadData: tvd, ns, ew) into a
+    /// survey of "Inc Azi MD" lines (plan/Ferranti.cpp). For i = first ... last, clamped to
+    /// 1 ... GetSize() - 1 and taken in order, station i becomes the circular arc from station i - 1,
+    /// tangent to its direction, through station i's position (ptoang, minimum curvature): md, inc and
+    /// azi of the arc's end; dls, tf, build, turn by GetDeltas(i); dl the arc's dogleg [rad]; code 30.
+    /// Its position, target and flag are kept. The first arc leaves in the direction of station
+    /// first - 1, each later one in the direction the arc before it arrived with.
+    /// Returns the number of stations converted (0 when first > last after clamping) and sets
+    /// m_nError to 0. No solve is run. Solving the converted plan gives back every position, except
+    /// after a chord of MIN_CHORD (0.25 [L]) or less, which is laid straight along the direction it
+    /// starts with, not through the point.
+    int ferranti(int first, int last);
     void GetData(int line);
     void GetDeltas(int i);
     void GetLines(int line);
@@ -295,6 +307,7 @@ private:
     void solval();
     bool finiteStations(int first, int last) const;  ///< no infinity or NaN in their solved values
     void DoBackwards(unsigned& i);
+    void salvo(int code);  ///< one backward line in the reversed frame (see plan/Backward.cpp)
 
     // ==== Putting and reading lines (plan/Put.cpp, plan/Get.cpp) ===================================
     void putm1d(int station);

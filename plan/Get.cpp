@@ -1,22 +1,35 @@
 // Reading a line back: the transfer fields from the stored stations of a line.
 #include "geometry/Numerics.h"
 #include "plan/CPlan.h"
+#include "plan/SettingsRecord.h"
 
 #include <cmath>
 #include <cstdlib>
 
 using namespace orrin;
 
-// Loads m_target with the target that station `station` aims at.
-//   - When the plan's target array has an entry with the station's target name and flag, that entry
-//     is the target, so that editing a target moves every line aimed at it.
-//   - Otherwise the target is what settar stored in the station: its name, flag, position (tvd, ns,
-//     ew) and direction (inc, azi), with hasAngles set.
-// A station outside the array leaves m_target as it was.
-void CPlan::gettar(int station, int /*code*/) {
+// Loads m_target with the target that station `station`, the last station of a line of code `code`,
+// aims at, and the line's settings record into the method parameters.
+//   - Settings: for the codes of plan/SettingsRecord.h, aux1 and aux2 of the station go back into
+//     their m_dMethodParamN; every other m_dMethodParamN, and all of them for other codes (0 among
+//     them), are left as they are. So meth3d, through GetData(-1), hands each line its own settings.
+//   - The start of a backward line (the station's key is K_BACKTARGET, or the station after it has
+//     a negative code): the target is the station itself, its name, flag, position (tvd, ns, ew) and
+//     direction (inc, azi) with hasAngles set, as the backward solve fixed them. A forward line that
+//     ends there thus aims at the backward line's solved start.
+//   - Otherwise, when the plan's target array has an entry with the station's target name and flag,
+//     that entry is the target, so that editing a target moves every line aimed at it.
+//   - Otherwise the target is what settar stored in the station, read as for a backward start.
+// A station outside the array leaves m_target and the parameters as they were.
+void CPlan::gettar(int station, int code) {
     if (!hasStation(station)) return;
     const SStation& s = m_stations[station];
-    if (!s.target.empty()) {
+    if (const SettingsRow* row = settingsRow(code)) {
+        if (row->aux1 != 0) this->*methodParam(row->aux1) = s.aux1;
+        if (row->aux2 != 0) this->*methodParam(row->aux2) = s.aux2;
+    }
+    const bool backStart = s.target == K_BACKTARGET || codeAt(station + 1) < 0;
+    if (!backStart && !s.target.empty()) {
         for (const STarget& t : m_targets) {
             if (t.name == s.target && t.flag == s.flag) {
                 m_target = t;

@@ -4,6 +4,7 @@
 
 #include "geometry/Numerics.h"
 #include "plan/CPlan.h"
+#include "plan/SettingsRecord.h"
 
 using namespace orrin;
 
@@ -149,6 +150,8 @@ void CPlan::putm2d(int variant) {
 // The settings written are those the description of each method reads; for codes of 2000 and above,
 // 2930 keeps only its target: its dogleg severity and inclination come from the method parameters,
 // and the extra form storage (dls, inc of the middle station) is written for the other codes.
+// Last, the line's settings record goes into aux1, aux2 of its last station (plan/SettingsRecord.h):
+// the solved line overwrites the form storage, the record stays for every later re-solve.
 void CPlan::putm3d(short code) {
     const int s = m_nPrev + 1;
     if (!hasStation(s)) return;
@@ -215,6 +218,14 @@ void CPlan::putm3d(short code) {
         if (code == 910) first.inc = m_dMethodParam4;
         if (code == 930 || code == 935) first.md = m_dMD;
         settar(s, m_target);
+    }
+
+    // The settings record on the line's last station; a code without a record leaves it empty.
+    SStation& last = m_stations[s + n];
+    last.aux1 = last.aux2 = 0.0;
+    if (const SettingsRow* row = settingsRow(code)) {
+        if (row->aux1 != 0) last.aux1 = this->*methodParam(row->aux1);
+        if (row->aux2 != 0) last.aux2 = this->*methodParam(row->aux2);
     }
 }
 
@@ -338,16 +349,27 @@ void CPlan::PutData(int line) {
 
 // A backward line (family 150): its end is the target with its arrival direction; the station
 // before it names its start (a named back-target for "BACK Target", K_BACKTARGET otherwise).
+// The line keeps its start quantity in aux1, aux2 of its own station, so that every re-solve solves
+// it with its own inputs (DoBackwards reads them there):
+//   -20 "BACK to CL"     aux1 = course length: m_dMD when it is not beyond the start's depth,
+//                        else m_dMD minus that depth (an end depth given);
+//   -30 "BACK to TVD"    aux1 = start vertical depth m_dTVD;
+//   -40 "BACK to Inc"    aux1 = start inclination m_dInc;
+//   -60 "BACK to IncAz"  aux1, aux2 = start inclination m_dInc and azimuth m_dAzi;
+//   -10, -50             nothing (the back-target point, the tie-on's depth): both 0.
+// The curvature (m_dDLS) and arrival toolface (m_dTF) stay where putm1d stores them, in dls and tf.
 void CPlan::putBackward(int line) {
     putm1d(line);
     settar(line, m_target);
     if (!hasStation(line)) return;
-    m_stations[line].inc = m_target.inc;
-    m_stations[line].azi = m_target.azi;
+    SStation& end = m_stations[line];
+    end.inc = m_target.inc;
+    end.azi = m_target.azi;
+    if (m_nSubMethod >= 1 && m_nSubMethod <= 6) end.aux1 = end.aux2 = 0.0;
     const int before = line - 1;
     switch (m_nSubMethod) {
     case 1: {
-        m_stations[line].method = -10;
+        end.method = -10;
         STarget back;
         back.name = m_strTarget;
         back.flag = m_bTargetFlag;
@@ -357,11 +379,26 @@ void CPlan::putBackward(int line) {
         settar(before, back);
         return;
     }
-    case 2: m_stations[line].method = -20; break;
-    case 3: m_stations[line].method = -30; break;
-    case 4: m_stations[line].method = -40; break;
-    case 5: m_stations[line].method = -60; break;
-    case 6: m_stations[line].method = -50; break;
+    case 2: {
+        end.method = -20;
+        const double startMD = hasStation(before) ? m_stations[before].md : 0.0;
+        end.aux1 = m_dMD > startMD ? m_dMD - startMD : m_dMD;
+        break;
+    }
+    case 3:
+        end.method = -30;
+        end.aux1 = m_dTVD;
+        break;
+    case 4:
+        end.method = -40;
+        end.aux1 = m_dInc;
+        break;
+    case 5:
+        end.method = -60;
+        end.aux1 = m_dInc;
+        end.aux2 = m_dAzi;
+        break;
+    case 6: end.method = -50; break;
     default: return;
     }
     if (hasStation(before)) m_stations[before].target = K_BACKTARGET;
