@@ -22,13 +22,17 @@ struct SolvedStation {
 struct Solution {
     CPlan plan;
     std::vector<SolvedStation> stations;  ///< the solved stations, from the tie-on
-    int error = 0;                        ///< the library's m_nError of the failing line, or 0
-    std::string message;                  ///< the library's message of it ("Line 4: ...")
-    int failedLine = -1;                  ///< index into PlanInput::lines of the failing line
+    int error = 0;                        ///< m_nError of the failing line, kNoFiniteSolution, or 0
+    std::string message;  ///< the library's message of it ("Line 4: ..."), or the tool's
+    int failedLine = -1;  ///< index into PlanInput::lines of the failing line
 };
 
+/// The error of a line that the library solved to non-finite values (NaN) without an error code.
+constexpr int kNoFiniteSolution = -1000;
+
 /// Puts the plan's lines one after another (PutData(-1) after the tie-on) and reads the solution
-/// back. A failing line ends the putting: the plan keeps the last good solution.
+/// back. A failing line ends the putting: the plan keeps the last good solution. A line whose
+/// solved stations are not finite fails as well, with kNoFiniteSolution.
 Solution solvePlan(const PlanInput& input);
 
 /// Puts one line's inputs into the transfer fields of `plan` (every other field cleared) and appends

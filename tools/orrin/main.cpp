@@ -56,8 +56,9 @@ std::vector<Row> stationRows(const Solution& sol) {
 
 std::string errorJson(const PlanInput& in, const Solution& sol) {
     if (sol.error == 0) return "\"error\": null";
-    return "\"error\": {\"code\": " + std::to_string(sol.error) +
-           ", \"message\": " + jsonString(sol.message) + ", \"plan_line\": " +
+    const std::string code = sol.error == kNoFiniteSolution ? "null" : std::to_string(sol.error);
+    return "\"error\": {\"code\": " + code + ", \"message\": " + jsonString(sol.message) +
+           ", \"plan_line\": " +
            jsonString(in.lines[static_cast<std::size_t>(sol.failedLine)].where) + "}";
 }
 
