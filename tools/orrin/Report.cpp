@@ -83,12 +83,12 @@ std::string formatRows(const std::vector<Row>& rows, const Units& u, Format form
         return c.unit;
     };
     if (format == Format::Csv) {
-        out += "line,method";
+        out += "line,method,part";
         for (const Column& c : kColumns)
             if (withRates || !c.rate) out += std::string(",") + c.name;
         out += ",target\n";
         for (const Row& r : rows) {
-            out += std::to_string(r.line) + "," + r.method;
+            out += std::to_string(r.line) + "," + r.method + "," + std::to_string(r.part);
             const std::vector<double> v = values(r, u);
             for (std::size_t i = 0; i < v.size(); ++i)
                 if (withRates || !kColumns[i].rate) out += "," + exact(v[i]);
@@ -105,7 +105,8 @@ std::string formatRows(const std::vector<Row>& rows, const Units& u, Format form
             const Row& r = rows[k];
             out += k ? ",\n    {" : "\n    {";
             out += "\"line\": " + std::to_string(r.line);
-            if (!r.method.empty()) out += ", \"method\": " + jsonString(r.method);
+            out +=
+                ", \"method\": " + jsonString(r.method) + ", \"part\": " + std::to_string(r.part);
             const std::vector<double> v = values(r, u);
             for (std::size_t i = 0; i < v.size(); ++i) {
                 if (!withRates && kColumns[i].rate) continue;
@@ -123,7 +124,10 @@ std::string formatRows(const std::vector<Row>& rows, const Units& u, Format form
 
     // The aligned table: a header of names, a line of units, then the rows.
     std::size_t methodWidth = 6;
-    for (const Row& r : rows) methodWidth = std::max(methodWidth, r.method.size());
+    auto label = [](const Row& r) {
+        return r.part > 1 ? "  part " + std::to_string(r.part) : r.method;
+    };
+    for (const Row& r : rows) methodWidth = std::max(methodWidth, label(r).size());
     const std::size_t w = 10;
     std::string names = padLeft("Line", 4) + "  " + padRight("Method", methodWidth);
     std::string units = padLeft("", 4) + "  " + padRight("", methodWidth);
@@ -136,7 +140,7 @@ std::string formatRows(const std::vector<Row>& rows, const Units& u, Format form
     out += names + "\n" + units + "\n";
     for (const Row& r : rows) {
         std::string line =
-            padLeft(std::to_string(r.line), 4) + "  " + padRight(r.method, methodWidth);
+            padLeft(std::to_string(r.line), 4) + "  " + padRight(label(r), methodWidth);
         const std::vector<double> v = values(r, u);
         for (std::size_t i = 0; i < v.size(); ++i)
             if (withRates || !kColumns[i].rate)

@@ -12,7 +12,8 @@ namespace orrin_tool {
 /// One row of output: a station of the plan, or a point along it.
 struct Row {
     int line = 0;        ///< the library's line number (station index + 1)
-    std::string method;  ///< method name, or "" for a point along a line
+    std::string method;  ///< method name of the line
+    int part = 1;        ///< which stored station of its line (1 the first)
     SStation s;          ///< the values, in library units
     double vs = 0.0;     ///< vertical section [L]
 };

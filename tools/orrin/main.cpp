@@ -46,7 +46,8 @@ std::vector<Row> stationRows(const Solution& sol) {
         part = st.lineStart ? 1 : part + 1;
         Row r;
         r.line = static_cast<int>(i) + 1;
-        r.method = st.lineStart ? st.method : "  part " + std::to_string(part);
+        r.method = st.method;
+        r.part = part;
         r.s = st.s;
         r.vs = sol.plan.GetVS(st.s.ns, st.s.ew);
         rows.push_back(r);
@@ -155,9 +156,12 @@ int runAt(const PlanInput& in, const AtOptions& o, Format format, const std::str
         r.vs = p.GetVS(r.s.ns, r.s.ew);
         // The line holding the point: the first station at or below its depth.
         r.line = static_cast<int>(sol.stations.size());
-        for (std::size_t i = 1; i < sol.stations.size(); ++i) {
+        r.method = sol.stations.back().method;
+        for (std::size_t i = r.s.md > sol.stations[0].s.md + 1e-9 ? 1 : 0; i < sol.stations.size();
+             ++i) {
             if (sol.stations[i].s.md >= r.s.md - 1e-9) {
                 r.line = static_cast<int>(i) + 1;
+                r.method = sol.stations[i].method;
                 break;
             }
         }
