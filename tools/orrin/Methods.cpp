@@ -59,7 +59,9 @@ const std::vector<MethodSpec> kMethods = {
      "constant-toolface curve to a vertical depth", true},
     {121, 30, 3, 0, 1, "", nullptr, "dls tf inc", "constant-toolface curve to an inclination",
      true},
-    {131, 30, 4, 0, 1, "", nullptr, "dls tf azi", "constant-toolface curve to an azimuth", true},
+    // "CT4 Azm." is held back: the library ends it at the line's stored depth counted from the
+    // start of its last arc, not at the azimuth.
+    {131, 30, 4, 0, 1, "", nullptr, "dls tf azi", "constant-toolface curve to an azimuth", false},
     // Build/turn curves (family 40).
     {105, 40, 1, 0, 0, "", nullptr, "build turn md", "build and turn rates to a depth", true},
     {115, 40, 2, 0, 0, "", nullptr, "build turn tvd|target",

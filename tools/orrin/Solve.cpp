@@ -1,10 +1,14 @@
 #include "Solve.h"
 
 #include <cmath>
+#include <cstdio>
 
 namespace orrin_tool {
 
 namespace {
+
+/// How close a line to a vertical depth must end to it [L].
+constexpr double kDepthReached = 0.01;
 
 /// Stations a line may take: a 2D S-shape is the longest, with five.
 constexpr int kMaxStationsPerLine = 5;
@@ -97,6 +101,30 @@ Solution solvePlan(const PlanInput& input) {
                           ": No solution for these inputs (the solved values are not numbers)";
             out.failedLine = static_cast<int>(k);
             break;
+        }
+        // A line to a vertical depth must end there: a constant-toolface curve that turns away
+        // from the depth is committed by the library where it stopped, without an error.
+        const LineInput& line = input.lines[k];
+        if (std::string(line.method->inputs).find("tvd|target") != std::string::npos) {
+            double want = line.value("tvd");
+            for (const STarget& t : input.targets)
+                if (!line.target.empty() && narrow(t.name) == line.target) want = t.tvd;
+            SStation start, end;
+            p.DumpData(static_cast<int>(owner.size()) - 1, start);
+            p.DumpData(static_cast<int>(p.GetSize()) - 1, end);
+            // The library reads a depth 1000 or more above the start as an increment.
+            const bool reached = std::fabs(end.tvd - want) <= kDepthReached ||
+                                 std::fabs(end.tvd - (start.tvd + want)) <= kDepthReached;
+            if (!reached) {
+                char buf[160];
+                std::snprintf(buf, sizeof buf,
+                              ": Vertical depth %.2f not reached (the line ends at %.2f)", want,
+                              end.tvd);
+                out.error = kDepthNotReached;
+                out.message = "Line " + std::to_string(owner.size() + 1) + buf;
+                out.failedLine = static_cast<int>(k);
+                break;
+            }
         }
         owner.resize(p.GetSize(), static_cast<int>(k));
     }

@@ -29,10 +29,13 @@ struct Solution {
 
 /// The error of a line that the library solved to non-finite values (NaN) without an error code.
 constexpr int kNoFiniteSolution = -1000;
+/// The error of a line to a vertical depth that the library ended elsewhere without an error code.
+constexpr int kDepthNotReached = -1001;
 
 /// Puts the plan's lines one after another (PutData(-1) after the tie-on) and reads the solution
 /// back. A failing line ends the putting: the plan keeps the last good solution. A line whose
-/// solved stations are not finite fails as well, with kNoFiniteSolution.
+/// solved stations are not finite, or that does not reach the vertical depth it was given, fails as
+/// well, with the tool's own code.
 Solution solvePlan(const PlanInput& input);
 
 /// Puts one line's inputs into the transfer fields of `plan` (every other field cleared) and appends
