@@ -1,0 +1,219 @@
+#include "Methods.h"
+
+#include <cctype>
+#include <sstream>
+
+#include "Common.h"
+#include "plan/CPlan.h"
+
+namespace orrin_tool {
+
+namespace {
+
+// The profiles' names come from the library through a code of the right profile type: 1100 is read
+// as a slant, 1300 as an S-shape.
+constexpr short kSlantCode = 1100;
+constexpr short kSShapeCode = 1300;
+
+const std::vector<MethodSpec> kMethods = {
+    // Straight holds (family 20).
+    {10, 20, 1, 0, 0, "", nullptr, "md", "hold the direction to a measured depth", true},
+    {20, 20, 2, 0, 0, "", nullptr, "tvd|target", "hold the direction to a vertical depth", true},
+    {140, 20, 3, 0, 0, "", nullptr, "target", "hold the direction to the target's vertical section",
+     true},
+    // Inclination/azimuth and dogleg-severity lines (family 90).
+    {30, 90, 1, 0, 0, "", nullptr, "md inc azi", "arc to an inclination and azimuth at a depth",
+     true},
+    {40, 90, 2, 0, 0, "", nullptr, "tvd|target inc azi",
+     "arc to an inclination and azimuth at a vertical depth", true},
+    {50, 90, 3, 0, 0, "", nullptr, "inc azi dls",
+     "arc of a dogleg severity to an inclination and azimuth", true},
+    {150, 90, 6, 0, 0, "", nullptr, "dls azi tvd",
+     "arc of a dogleg severity to an azimuth at a depth", true},
+    {80, 90, 7, 0, 0, "upper", nullptr, "dls azi md",
+     "arc of a dogleg severity to an azimuth; the higher end inclination", true},
+    {160, 90, 8, 0, 0, "lower", nullptr, "dls azi md",
+     "arc of a dogleg severity to an azimuth; the lower end inclination", true},
+    {60, 90, 9, 0, 0, "right", nullptr, "dls inc md",
+     "arc of a dogleg severity to an inclination, turning right", true},
+    {180, 90, 10, 0, 0, "left", nullptr, "dls inc md",
+     "arc of a dogleg severity to an inclination, turning left", true},
+    {51, 90, 11, 0, 0, "", nullptr, "inc azi dls",
+     "constant-toolface curve to an inclination and azimuth", true},
+    // Dogleg severity and toolface with one end angle (family 100).
+    {70, 100, 2, 0, 0, "", "DLS TF Inc MD", "dls tf inc md",
+     "arc of a dogleg severity and toolface reaching an inclination", true},
+    {90, 100, 4, 0, 0, "", "DLS TF Azi MD", "dls tf azi md",
+     "arc of a dogleg severity and toolface reaching an azimuth", true},
+    // Drop/turn arcs and constant-toolface curves (family 30).
+    {100, 30, 1, 0, 0, "", nullptr, "dls tf md", "arc of a dogleg severity and toolface to a depth",
+     true},
+    {110, 30, 2, 0, 0, "", nullptr, "dls tf tvd|target",
+     "arc of a dogleg severity and toolface to a vertical depth", true},
+    {120, 30, 3, 0, 0, "", nullptr, "dls tf inc",
+     "arc of a dogleg severity and toolface to an inclination", true},
+    {130, 30, 4, 0, 0, "", nullptr, "dls tf azi",
+     "arc of a dogleg severity and toolface to an azimuth", true},
+    {101, 30, 1, 0, 1, "", nullptr, "dls tf md", "constant-toolface curve to a depth", true},
+    {111, 30, 2, 0, 1, "", nullptr, "dls tf tvd|target",
+     "constant-toolface curve to a vertical depth", true},
+    {121, 30, 3, 0, 1, "", nullptr, "dls tf inc", "constant-toolface curve to an inclination",
+     true},
+    // "CT4 Azm." is held back: the library ends it at the line's stored depth counted from the
+    // start of its last arc, not at the azimuth.
+    {131, 30, 4, 0, 1, "", nullptr, "dls tf azi", "constant-toolface curve to an azimuth", false},
+    // Build/turn curves (family 40).
+    {105, 40, 1, 0, 0, "", nullptr, "build turn md", "build and turn rates to a depth", true},
+    {115, 40, 2, 0, 0, "", nullptr, "build turn tvd|target",
+     "build and turn rates to a vertical depth", true},
+    {125, 40, 3, 0, 0, "", nullptr, "build turn inc", "build and turn rates to an inclination",
+     true},
+    {135, 40, 4, 0, 0, "", nullptr, "build turn azi", "build and turn rates to an azimuth", true},
+    // Two-dimensional profiles (families 60 and 70).
+    {kSlantCode, 60, 0, 0, 0, "", nullptr, "target solve kickoff build_dls hold_inc tangent",
+     "kick-off hold, build, tangent to the target; two parameters solved", true},
+    {kSShapeCode, 70, 0, 0, 0, "", nullptr,
+     "target solve kickoff build_dls hold_inc tangent drop_dls final_inc final_hold",
+     "kick-off hold, build, tangent, drop, final hold to the target; two parameters solved", true},
+    // Curves to a target (families 50, 80, 120).
+    {910, 50, 0, 0, 0, "", nullptr, "target dls inc",
+     "arc to an inclination, heading over the target", true},
+    {1910, 80, 0, 1, 0, "", nullptr, "target dls", "arc, then hold to the target", true},
+    {1920, 80, 0, 2, 0, "", nullptr, "target dls", "hold, then arc to the target", true},
+    {920, 120, 0, 1, 0, "", nullptr, "target", "one arc to the target", true},
+    {930, 120, 0, 2, 0, "", nullptr, "target md",
+     "one arc of a course length to the target's north and east; depth solved", true},
+    // Not solved by the library yet: named so that a plan naming them gets a clear answer.
+    {2930, 45, 0, 2, 0, "", nullptr, "", "", false},
+    {1915, 55, 0, 0, 0, "", nullptr, "", "", false},
+    {2925, 85, 0, 0, 0, "", nullptr, "", "", false},
+    {925, 125, 0, 1, 0, "", nullptr, "", "", false},
+    {935, 125, 0, 2, 0, "", nullptr, "", "", false},
+    {1930, 130, 0, 0, 0, "", nullptr, "", "", false},
+    {1935, 135, 0, 0, 0, "", nullptr, "", "", false},
+    {1950, 140, 0, 0, 0, "", nullptr, "", "", false},
+    {2910, 110, 0, 1, 0, "", nullptr, "", "", false},
+    {2940, 110, 0, 4, 0, "", nullptr, "", "", false},
+    {2950, 110, 0, 5, 0, "", nullptr, "", "", false},
+    {1960, 110, 0, 6, 0, "", nullptr, "", "", false},
+    {1970, 110, 0, 7, 0, "", nullptr, "", "", false},
+    {1940, 110, 0, 8, 0, "", nullptr, "", "", false},
+    // Backward lines (family 150): a target with arrival angles, dls, tf and one start quantity.
+    {-10, 150, 1, 0, 0, "", nullptr, "", "", false},
+    {-20, 150, 2, 0, 0, "", nullptr, "", "", false},
+    {-30, 150, 3, 0, 0, "", nullptr, "", "", false},
+    {-40, 150, 4, 0, 0, "", nullptr, "", "", false},
+    {-60, 150, 5, 0, 0, "", nullptr, "", "", false},
+    {-50, 150, 6, 0, 0, "", nullptr, "", "", false},
+};
+
+struct ProfileField {
+    int index;
+    const char* name;
+};
+constexpr ProfileField kProfileFields[] = {
+    {1, "kickoff"},  {2, "build_dls"}, {3, "hold_inc"},   {4, "tangent"},
+    {5, "drop_dls"}, {6, "final_inc"}, {7, "final_hold"},
+};
+
+}  // namespace
+
+std::string MethodSpec::name() const {
+    if (ownName) return ownName;
+    return narrow(CPlan::GetNameFromMethod(code));
+}
+
+std::vector<std::string> MethodSpec::inputList() const {
+    std::vector<std::string> out;
+    std::istringstream in(inputs);
+    for (std::string word; in >> word;) out.push_back(word);
+    return out;
+}
+
+const std::vector<MethodSpec>& methodTable() {
+    return kMethods;
+}
+
+std::string methodKey(const std::string& name) {
+    std::string out;
+    for (char c : name) {
+        if (c == '.') continue;
+        if (std::isspace(static_cast<unsigned char>(c))) {
+            if (!out.empty() && out.back() != ' ') out.push_back(' ');
+            continue;
+        }
+        out.push_back(static_cast<char>(std::tolower(static_cast<unsigned char>(c))));
+    }
+    while (!out.empty() && out.back() == ' ') out.pop_back();
+    return out;
+}
+
+const MethodSpec* findMethod(const std::string& name, const std::string& variant) {
+    const std::string key = methodKey(name);
+    for (const MethodSpec& m : kMethods) {
+        if (methodKey(m.name()) != key) continue;
+        if (variant.empty() || variant == m.variant) return &m;
+    }
+    return nullptr;
+}
+
+bool isMethodName(const std::string& name) {
+    return findMethod(name, "") != nullptr;
+}
+
+const char* familyLabel(int family) {
+    switch (family) {
+    case 10: return "Tie-on";
+    case 20: return "Straight hold";
+    case 30: return "Drop/turn and constant toolface";
+    case 40: return "Build/turn";
+    case 50: return "Online inclination";
+    case 60: return "Slant profile";
+    case 70: return "S-shape profile";
+    case 80: return "Curve and tangent to target";
+    case 90: return "Inclination/azimuth and DLS";
+    case 100: return "DLS and toolface";
+    case 120: return "Single curve to target";
+    case 150: return "Backward line";
+    default: return "Target method";
+    }
+}
+
+int familyOfCode(int code) {
+    if (code == 2) return 10;
+    if (code > 1000 && code % 1000 < 900) {
+        return narrow(CPlan::GetNameFromMethod(code)) == "Slant" ? 60 : 70;
+    }
+    if (code < 0) return 150;
+    for (const MethodSpec& m : kMethods)
+        if (m.code == code) return m.family;
+    return 0;
+}
+
+FieldKind fieldKind(const std::string& field) {
+    if (field == "md" || field == "tvd" || field == "kickoff" || field == "tangent" ||
+        field == "final_hold" || field == "north" || field == "east")
+        return FieldKind::Length;
+    if (field == "inc" || field == "azi" || field == "tf" || field == "hold_inc" ||
+        field == "final_inc" || field == "azimuth")
+        return FieldKind::Angle;
+    if (field == "dls" || field == "build" || field == "turn" || field == "build_dls" ||
+        field == "drop_dls" || field == "rate")
+        return FieldKind::Rate;
+    if (field == "target" || field == "variant" || field == "note") return FieldKind::Text;
+    return FieldKind::Other;
+}
+
+int profileIndex(const std::string& field) {
+    for (const ProfileField& f : kProfileFields)
+        if (field == f.name) return f.index;
+    return 0;
+}
+
+const char* profileField(int index) {
+    for (const ProfileField& f : kProfileFields)
+        if (index == f.index) return f.name;
+    return "";
+}
+
+}  // namespace orrin_tool

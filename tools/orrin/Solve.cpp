@@ -1,0 +1,159 @@
+#include "Solve.h"
+
+#include <cmath>
+#include <cstdio>
+
+namespace orrin_tool {
+
+namespace {
+
+/// How close a line to a vertical depth must end to it [L].
+constexpr double kDepthReached = 0.01;
+
+/// Stations a line may take: a 2D S-shape is the longest, with five.
+constexpr int kMaxStationsPerLine = 5;
+
+void clearTransfer(CPlan& p) {
+    p.m_nFamily = p.m_nSubMethod = p.m_bConstTF = p.m_nTargetMethod = 0;
+    p.m_dVS = p.m_dMD = p.m_dInc = p.m_dAzi = p.m_dTF = p.m_dTVD = 0.0;
+    p.m_dDLS = p.m_dBuild = p.m_dTurn = 0.0;
+    p.m_nSolveFor1 = p.m_nSolveFor2 = p.m_nProfileType = 0;
+    p.m_dBuildDLS = p.m_dDropDLS = p.m_dHoldInc = p.m_dFinalInc = 0.0;
+    p.m_dLength1 = p.m_dLength2 = p.m_dLength3 = 0.0;
+    p.m_strTarget.clear();
+    p.m_bTargetFlag = false;
+    p.m_dMethodParam1 = p.m_dMethodParam2 = p.m_dMethodParam3 = p.m_dMethodParam4 = 0.0;
+    p.m_dMethodParam5 = p.m_dMethodParam6 = p.m_dMethodParam7 = p.m_dMethodParam8 = 0.0;
+    p.m_target = STarget();
+}
+
+}  // namespace
+
+void putLine(CPlan& p, const PlanInput& input, const LineInput& line) {
+    const MethodSpec& m = *line.method;
+    clearTransfer(p);
+    p.m_nFamily = m.family;
+    p.m_nSubMethod = m.sub;
+    p.m_nTargetMethod = m.targetMethod;
+    p.m_bConstTF = m.constTF;
+
+    // One-station lines read the line values, target methods the method parameters: an input goes
+    // to both, since each method reads only its own.
+    for (const auto& [field, v] : line.values) {
+        if (field == "md") p.m_dMD = v;
+        if (field == "tvd") p.m_dTVD = v;
+        if (field == "inc") p.m_dInc = p.m_dMethodParam4 = v;
+        if (field == "azi") p.m_dAzi = v;
+        if (field == "tf") p.m_dTF = v;
+        if (field == "dls") p.m_dDLS = p.m_dMethodParam1 = v;
+        if (field == "build") p.m_dBuild = p.m_dMethodParam7 = v;
+        if (field == "turn") p.m_dTurn = p.m_dMethodParam8 = v;
+        if (field == "kickoff") p.m_dLength1 = v;
+        if (field == "build_dls") p.m_dBuildDLS = v;
+        if (field == "hold_inc") p.m_dHoldInc = v;
+        if (field == "tangent") p.m_dLength2 = v;
+        if (field == "drop_dls") p.m_dDropDLS = -v;  // a drop lowers the inclination
+        if (field == "final_inc") p.m_dFinalInc = v;
+        if (field == "final_hold") p.m_dLength3 = v;
+    }
+    p.m_nSolveFor1 = line.solve1;
+    p.m_nSolveFor2 = line.solve2;
+    if (!line.target.empty()) {
+        for (const STarget& t : input.targets)
+            if (narrow(t.name) == line.target) p.m_target = t;
+    }
+    p.PutData(-1);
+}
+
+Solution solvePlan(const PlanInput& input) {
+    Solution out;
+    CPlan& p = out.plan;
+    p.NewData(1 + kMaxStationsPerLine * static_cast<int>(input.lines.size()));
+    p.LoadData(0, input.tie);
+    p.NewTarget(static_cast<int>(input.targets.size()));
+    for (std::size_t i = 0; i < input.targets.size(); ++i)
+        p.LoadTarget(static_cast<int>(i), input.targets[i]);
+    p.SetVS(input.vsAzimuth, input.vsNorth, input.vsEast);
+    p.m_bHorizontalTurn = input.horizontalTurn;
+    p.m_nPrev = 0;
+
+    std::vector<int> owner{-1};  // plan line of each solved station
+    for (std::size_t k = 0; k < input.lines.size(); ++k) {
+        putLine(p, input, input.lines[k]);
+        if (p.m_nError != 0) {
+            out.error = p.m_nError;
+            out.message = narrow(p.ErrorMessage());
+            out.failedLine = static_cast<int>(k);
+            break;
+        }
+        // Some solvers hand on a NaN (an arc that cannot reach the angle asked for) without an
+        // error: such a line fails here, and the stations before it are the last good solution.
+        bool finite = true;
+        for (unsigned i = static_cast<unsigned>(owner.size()); i < p.GetSize(); ++i) {
+            SStation s;
+            p.DumpData(static_cast<int>(i), s);
+            for (double v : {s.md, s.inc, s.azi, s.tvd, s.ns, s.ew})
+                finite = finite && std::isfinite(v);
+        }
+        if (!finite) {
+            out.error = kNoFiniteSolution;
+            out.message = "Line " + std::to_string(owner.size() + 1) +
+                          ": No solution for these inputs (the solved values are not numbers)";
+            out.failedLine = static_cast<int>(k);
+            break;
+        }
+        // A line to a vertical depth must end there: a constant-toolface curve that turns away
+        // from the depth is committed by the library where it stopped, without an error.
+        const LineInput& line = input.lines[k];
+        if (std::string(line.method->inputs).find("tvd|target") != std::string::npos) {
+            double want = line.value("tvd");
+            for (const STarget& t : input.targets)
+                if (!line.target.empty() && narrow(t.name) == line.target) want = t.tvd;
+            SStation start, end;
+            p.DumpData(static_cast<int>(owner.size()) - 1, start);
+            p.DumpData(static_cast<int>(p.GetSize()) - 1, end);
+            // The library reads a depth 1000 or more above the start as an increment.
+            const bool reached = std::fabs(end.tvd - want) <= kDepthReached ||
+                                 std::fabs(end.tvd - (start.tvd + want)) <= kDepthReached;
+            if (!reached) {
+                char buf[160];
+                std::snprintf(buf, sizeof buf,
+                              ": Vertical depth %.2f not reached (the line ends at %.2f)", want,
+                              end.tvd);
+                out.error = kDepthNotReached;
+                out.message = "Line " + std::to_string(owner.size() + 1) + buf;
+                out.failedLine = static_cast<int>(k);
+                break;
+            }
+        }
+        owner.resize(p.GetSize(), static_cast<int>(k));
+    }
+
+    const std::size_t solved = owner.size();
+    if (input.vsFromClosure) {
+        // The section along the closure of the last solved station, from the tie-on's origin.
+        SStation last;
+        p.DumpData(static_cast<int>(solved) - 1, last);
+        double azi = std::atan2(last.ew, last.ns);
+        if (azi < 0.0) azi += 2.0 * kPi;
+        p.SetVS(azi, 0.0, 0.0);
+    }
+    for (std::size_t i = 0; i < solved; ++i) {
+        SolvedStation st;
+        p.DumpData(static_cast<int>(i), st.s);
+        st.planLine = owner[i];
+        st.lineStart = i == 0 || owner[i] != owner[i - 1];
+        if (st.planLine < 0) {
+            st.family = 10;
+            st.method = narrow(CPlan::GetNameFromMethod(2));
+        } else {
+            const MethodSpec& m = *input.lines[static_cast<std::size_t>(st.planLine)].method;
+            st.family = m.family;
+            st.method = m.name();
+        }
+        out.stations.push_back(st);
+    }
+    return out;
+}
+
+}  // namespace orrin_tool
