@@ -299,7 +299,7 @@ TEST(CliSolve, FailingPlanShowsTheLastGoodSolution) {
         {"an inclination out of the arc's reach",
          R"([{"method": "Inc Azi MD", "md": 1000, "inc": 10, "azi": 0},
              {"method": "DLS Inc MD", "dls": 0.5, "inc": 40, "md": 1100}])",
-         "Line 3: No solution for these inputs", "lines[1] (\"DLS Inc MD\")", 2},
+         "Line 3: Unknown Solution problem", "lines[1] (\"DLS Inc MD\")", 2},
         {"a constant-toolface curve that turns away from its depth",
          R"([{"method": "Inc Azi MD", "md": 3000, "inc": 60, "azi": 120},
              {"method": "CT2 TVD", "dls": 2, "tf": 30, "tvd": 5400}])",

@@ -86,22 +86,6 @@ Solution solvePlan(const PlanInput& input) {
             out.failedLine = static_cast<int>(k);
             break;
         }
-        // Some solvers hand on a NaN (an arc that cannot reach the angle asked for) without an
-        // error: such a line fails here, and the stations before it are the last good solution.
-        bool finite = true;
-        for (unsigned i = static_cast<unsigned>(owner.size()); i < p.GetSize(); ++i) {
-            SStation s;
-            p.DumpData(static_cast<int>(i), s);
-            for (double v : {s.md, s.inc, s.azi, s.tvd, s.ns, s.ew})
-                finite = finite && std::isfinite(v);
-        }
-        if (!finite) {
-            out.error = kNoFiniteSolution;
-            out.message = "Line " + std::to_string(owner.size() + 1) +
-                          ": No solution for these inputs (the solved values are not numbers)";
-            out.failedLine = static_cast<int>(k);
-            break;
-        }
         // A line to a vertical depth must end there: a constant-toolface curve that turns away
         // from the depth is committed by the library where it stopped, without an error.
         const LineInput& line = input.lines[k];

@@ -22,13 +22,11 @@ struct SolvedStation {
 struct Solution {
     CPlan plan;
     std::vector<SolvedStation> stations;  ///< the solved stations, from the tie-on
-    int error = 0;                        ///< m_nError of the failing line, kNoFiniteSolution, or 0
+    int error = 0;                        ///< m_nError of the failing line, kDepthNotReached, or 0
     std::string message;  ///< the library's message of it ("Line 4: ..."), or the tool's
     int failedLine = -1;  ///< index into PlanInput::lines of the failing line
 };
 
-/// The error of a line that the library solved to non-finite values (NaN) without an error code.
-constexpr int kNoFiniteSolution = -1000;
 /// The error of a line to a vertical depth that the library ended elsewhere without an error code.
 constexpr int kDepthNotReached = -1001;
 

@@ -57,7 +57,7 @@ std::vector<Row> stationRows(const Solution& sol) {
 
 std::string errorJson(const PlanInput& in, const Solution& sol) {
     if (sol.error == 0) return "\"error\": null";
-    const std::string code = sol.error <= kNoFiniteSolution ? "null" : std::to_string(sol.error);
+    const std::string code = sol.error <= kDepthNotReached ? "null" : std::to_string(sol.error);
     return "\"error\": {\"code\": " + code + ", \"message\": " + jsonString(sol.message) +
            ", \"plan_line\": " +
            jsonString(in.lines[static_cast<std::size_t>(sol.failedLine)].where) + "}";
