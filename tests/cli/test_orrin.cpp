@@ -113,7 +113,8 @@ TEST(CliExamples, TargetedStationsLieOnTheirTargets) {
         {"DT6 MDNSEW", false, true, false, false},   {"Online Inc", false, false, false, true},
     };
     int checked = 0;
-    for (const char* name : {"slant.json", "s-shape.json", "lines.json", "targets.json"}) {
+    for (const char* name :
+         {"slant.json", "s-shape.json", "lines.json", "targets.json", "backward.json"}) {
         SCOPED_TRACE(name);
         const Result r = runOrrin("solve --json " + example(name));
         ASSERT_EQ(r.code, 0) << r.err;
@@ -146,6 +147,11 @@ TEST(CliExamples, TargetedStationsLieOnTheirTargets) {
                 EXPECT_NEAR(s["vs"].get<double>(), n * std::cos(vsAzi) + e * std::sin(vsAzi),
                             kOnTarget);
             }
+            if (target.contains("inc") && method.rfind("BACK", 0) == 0) {
+                // A backward line arrives with the target's own direction.
+                EXPECT_NEAR(s["inc"].get<double>(), target["inc"].get<double>(), 1e-9);
+                EXPECT_NEAR(s["azi"].get<double>(), target["azi"].get<double>(), 1e-9);
+            }
             if (aim.heading) {
                 const double dn = n - s["north"].get<double>(), de = e - s["east"].get<double>();
                 const double azi = std::atan2(de, dn) / kDeg;
@@ -154,7 +160,7 @@ TEST(CliExamples, TargetedStationsLieOnTheirTargets) {
             ++checked;
         }
     }
-    EXPECT_EQ(checked, 11);  // 1 + 2 + 3 + 5 targets met in the four plans
+    EXPECT_EQ(checked, 13);  // 1 + 2 + 3 + 5 + 2 targets met in the five plans
 }
 
 // The survey CSV, solved by the tool, gives the positions the library gives for the same stations
@@ -345,6 +351,10 @@ TEST(CliBadInput, OneClearMessageAndExitCode2) {
          "bad.json",
          head + R"({"method": "Inc Azi MDX"}]})",
          {"lines[0]", "field \"method\"", "unknown method \"Inc Azi MDX\""}},
+        {"backward line to a target without arrival angles",
+         "bad.json",
+         head + R"({"method": "BACK to CL", "target": "T1", "dls": 3, "tf": 0, "md": 500}]})",
+         {"lines[0]", "field \"target\"", "arrival"}},
         {"method not solved yet",
          "bad.json",
          head + R"({"method": "OPT AL DLS"}]})",

@@ -59,9 +59,10 @@ const std::vector<MethodSpec> kMethods = {
      "constant-toolface curve to a vertical depth", true},
     {121, 30, 3, 0, 1, "", nullptr, "dls tf inc", "constant-toolface curve to an inclination",
      true},
-    // "CT4 Azm." is held back: the library ends it at the line's stored depth counted from the
-    // start of its last arc, not at the azimuth.
-    {131, 30, 4, 0, 1, "", nullptr, "dls tf azi", "constant-toolface curve to an azimuth", false},
+    // "CT4 Azm." ends at the measured depth stored with the line (the library lays its curve to
+    // that depth and labels the end with the azimuth), so the tool asks for both.
+    {131, 30, 4, 0, 1, "", nullptr, "dls tf azi md",
+     "constant-toolface curve turning towards an azimuth, ending at the given depth", true},
     // Build/turn curves (family 40).
     {105, 40, 1, 0, 0, "", nullptr, "build turn md", "build and turn rates to a depth", true},
     {115, 40, 2, 0, 0, "", nullptr, "build turn tvd|target",
@@ -98,13 +99,20 @@ const std::vector<MethodSpec> kMethods = {
     {1960, 110, 0, 6, 0, "", nullptr, "", "", false},
     {1970, 110, 0, 7, 0, "", nullptr, "", "", false},
     {1940, 110, 0, 8, 0, "", nullptr, "", "", false},
-    // Backward lines (family 150): a target with arrival angles, dls, tf and one start quantity.
-    {-10, 150, 1, 0, 0, "", nullptr, "", "", false},
-    {-20, 150, 2, 0, 0, "", nullptr, "", "", false},
-    {-30, 150, 3, 0, 0, "", nullptr, "", "", false},
-    {-40, 150, 4, 0, 0, "", nullptr, "", "", false},
-    {-60, 150, 5, 0, 0, "", nullptr, "", "", false},
-    {-50, 150, 6, 0, 0, "", nullptr, "", "", false},
+    // Backward lines (family 150): solved from their target, reached with its arrival angles, back
+    // to a start given by one quantity; the forward target line before one aims at that start.
+    {-20, 150, 2, 0, 0, "", nullptr, "target dls tf md",
+     "arc back from the target, arriving with toolface tf, over a course length md", true},
+    {-30, 150, 3, 0, 0, "", nullptr, "target dls tf tvd",
+     "arc back from the target, arriving with toolface tf, to a start depth tvd", true},
+    {-40, 150, 4, 0, 0, "", nullptr, "target dls tf inc",
+     "arc back from the target, arriving with toolface tf, to a start inclination", true},
+    {-60, 150, 5, 0, 0, "", nullptr, "target dls inc azi",
+     "arc back from the target to a start inclination and azimuth", true},
+    {-50, 150, 6, 0, 0, "", nullptr, "target",
+     "hold back from the target along its arrival direction to the tie-on's depth", true},
+    {-10, 150, 1, 0, 0, "", nullptr, "target back_target",
+     "arc back from the target through another target, where it starts", true},
 };
 
 struct ProfileField {
@@ -200,7 +208,8 @@ FieldKind fieldKind(const std::string& field) {
     if (field == "dls" || field == "build" || field == "turn" || field == "build_dls" ||
         field == "drop_dls" || field == "rate")
         return FieldKind::Rate;
-    if (field == "target" || field == "variant" || field == "note") return FieldKind::Text;
+    if (field == "target" || field == "back_target" || field == "variant" || field == "note")
+        return FieldKind::Text;
     return FieldKind::Other;
 }
 

@@ -368,8 +368,8 @@ LineInput readLine(const json& raw, std::size_t k, const Place& top, const PlanI
                 if (bar == std::string::npos && !solved && !optionalHold) at.fail(field, "missing");
                 continue;
             }
-            if (field == "target") {
-                const std::string t = at.text(obj, "target");
+            if (field == "target" || field == "back_target") {
+                const std::string t = at.text(obj, field);
                 bool known = false;
                 std::vector<std::string> names;
                 for (const STarget& target : plan.targets) {
@@ -377,9 +377,21 @@ LineInput readLine(const json& raw, std::size_t k, const Place& top, const PlanI
                     known = known || narrow(target.name) == t;
                 }
                 if (!known)
-                    at.fail("target", "unknown target " + quoted(t) +
-                                          (names.empty() ? " (the plan has no targets)"
-                                                         : " (targets: " + joined(names) + ")"));
+                    at.fail(field, "unknown target " + quoted(t) +
+                                       (names.empty() ? " (the plan has no targets)"
+                                                      : " (targets: " + joined(names) + ")"));
+                if (field == "back_target") {
+                    line.backTarget = t;
+                    continue;
+                }
+                if (spec->family == 150) {
+                    for (const STarget& target : plan.targets)
+                        if (narrow(target.name) == t && !target.hasAngles)
+                            at.fail("target",
+                                    "a backward line ends on a target with arrival "
+                                    "\"inc\" and \"azi\"; " +
+                                        quoted(t) + " has none");
+                }
                 line.target = t;
                 continue;
             }

@@ -19,7 +19,8 @@ struct LineInput {
     std::string where;  ///< where it was read: "lines[3]" or "survey.csv row 5"
     std::vector<std::pair<std::string, double>> values;  ///< numeric inputs by field
     std::string target;                                  ///< target name, or empty
-    int solve1 = 0, solve2 = 0;                          ///< unknowns of a 2D profile
+    std::string backTarget;      ///< start target of a "BACK Target" line, or empty
+    int solve1 = 0, solve2 = 0;  ///< unknowns of a 2D profile
 
     /// The value of a field, 0 when absent.
     double value(const std::string& field) const;

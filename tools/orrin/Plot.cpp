@@ -31,7 +31,8 @@ const char* familyColour(int family) {
     case 40: return "#009e73";
     case 60: return "#cc79a7";
     case 70: return "#8e44ad";
-    default: return "#d55e00";  // curves to a target
+    case 150: return "#8c564b";  // backward lines
+    default: return "#d55e00";   // curves to a target
     }
 }
 

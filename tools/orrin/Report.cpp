@@ -7,6 +7,8 @@
 #include <nlohmann/json.hpp>
 #include <unistd.h>
 
+#include "plan/CPlan.h"
+
 namespace orrin_tool {
 
 namespace {
@@ -58,6 +60,11 @@ constexpr Column kColumns[] = {
     {"Build", "R", 2, true}, {"Turn", "R", 2, true},
 };
 
+/// The target a station shows: its key, except the library's own mark of a backward line's start.
+std::string shownTarget(const SStation& s) {
+    return s.target == CPlan::K_BACKTARGET ? std::string() : narrow(s.target);
+}
+
 }  // namespace
 
 std::string exact(double v) {
@@ -92,7 +99,7 @@ std::string formatRows(const std::vector<Row>& rows, const Units& u, Format form
             const std::vector<double> v = values(r, u);
             for (std::size_t i = 0; i < v.size(); ++i)
                 if (withRates || !kColumns[i].rate) out += "," + exact(v[i]);
-            out += "," + narrow(r.s.target) + "\n";
+            out += "," + shownTarget(r.s) + "\n";
         }
         return out;
     }
@@ -115,7 +122,7 @@ std::string formatRows(const std::vector<Row>& rows, const Units& u, Format form
                     c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
                 out += ", \"" + key + "\": " + exact(v[i]);
             }
-            if (!r.s.target.empty()) out += ", \"target\": " + jsonString(narrow(r.s.target));
+            if (!shownTarget(r.s).empty()) out += ", \"target\": " + jsonString(shownTarget(r.s));
             out += "}";
         }
         out += rows.empty() ? "]\n}\n" : "\n  ]\n}\n";
@@ -145,7 +152,7 @@ std::string formatRows(const std::vector<Row>& rows, const Units& u, Format form
         for (std::size_t i = 0; i < v.size(); ++i)
             if (withRates || !kColumns[i].rate)
                 line += padLeft(fixed(v[i], kColumns[i].decimals), w);
-        if (!r.s.target.empty()) line += "  " + narrow(r.s.target);
+        if (!shownTarget(r.s).empty()) line += "  " + shownTarget(r.s);
         out += line + "\n";
     }
     return out;

@@ -62,6 +62,15 @@ void putLine(CPlan& p, const PlanInput& input, const LineInput& line) {
         for (const STarget& t : input.targets)
             if (narrow(t.name) == line.target) p.m_target = t;
     }
+    // A "BACK Target" line starts at a second target: its name, flag and position.
+    for (const STarget& t : input.targets) {
+        if (line.backTarget.empty() || narrow(t.name) != line.backTarget) continue;
+        p.m_strTarget = t.name;
+        p.m_bTargetFlag = t.flag;
+        p.m_dLength1 = t.tvd;
+        p.m_dLength2 = t.ns;
+        p.m_dLength3 = t.ew;
+    }
     p.PutData(-1);
 }
 
