@@ -7,7 +7,7 @@ build=build-win
 cmake -S . -B "$build" -DCMAKE_TOOLCHAIN_FILE=cmake/mingw-w64.cmake -DCMAKE_BUILD_TYPE=Release \
       -DORRIN_BUILD_TESTS=OFF -DORRIN_BUILD_BENCH=OFF >/dev/null 2>&1
 log=$(cmake --build "$build" -j "$(nproc)" --target orrin32 2>&1)
-if grep -qiE 'warning|error' <<<"$log"; then
+if grep -qE '(warning|error):' <<<"$log"; then
   echo "$log"
   echo "windows build: warnings or errors"
   exit 1
