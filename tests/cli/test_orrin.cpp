@@ -245,6 +245,33 @@ TEST(CliSurvey, CsvReproducesTheLibrary) {
     }
 }
 
+// A survey longer than a plan can hold (1000 lines) solves, ending where the library's own survey
+// routine ends it.
+TEST(CliSurvey, LongSurveysSolve) {
+    std::string text = "md,inc,azi\n0,0,0\n";
+    std::vector<double> md, inc, azi;
+    for (int i = 1; i <= 3000; ++i) {
+        md.push_back(30.0 * i);
+        inc.push_back(std::fmin(80.0, 0.05 * i));
+        azi.push_back(std::fmod(10.0 + 0.02 * i, 360.0));
+        text += std::to_string(md.back()) + "," + std::to_string(inc.back()) + "," +
+                std::to_string(azi.back()) + "\n";
+    }
+    for (std::size_t i = 0; i < md.size(); ++i) {
+        inc[i] = std::stod(std::to_string(inc[i])) * kDeg;  // as the file holds them
+        azi[i] = std::stod(std::to_string(azi[i])) * kDeg;
+    }
+    std::vector<SStation> out(md.size());
+    SStation tie;
+    tie.method = 2;
+    ASSERT_EQ(CPlan::SolveSurvey(tie, md.size(), md.data(), inc.data(), azi.data(), out.data()), 0);
+    const Result r = runOrrin("solve --json " + write("long.csv", text));
+    ASSERT_EQ(r.code, 0) << r.err;
+    const json last = json::parse(r.out)["stations"].back();
+    EXPECT_NEAR(last["tvd"].get<double>(), out.back().tvd, kPos);
+    EXPECT_NEAR(last["north"].get<double>(), out.back().ns, kPos);
+}
+
 // Every plot is well-formed XML with its targets named; a failing plan is drawn up to its failing
 // line, which is marked.
 TEST(CliPlot, SvgIsWellFormedAndMarksTheFailingLine) {

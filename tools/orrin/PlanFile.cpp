@@ -234,6 +234,7 @@ void readSurvey(const std::string& path, std::optional<bool> metres, PlanInput& 
         line.method = findMethod("Inc Azi MD", "");
         line.where = at;
         line.values = {{"md", md}, {"inc", inc * kDegree}, {"azi", azi * kDegree}};
+        line.surveyed = true;
         plan.lines.push_back(line);
     }
 }

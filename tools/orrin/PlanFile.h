@@ -21,6 +21,7 @@ struct LineInput {
     std::string target;                                  ///< target name, or empty
     std::string backTarget;      ///< start target of a "BACK Target" line, or empty
     int solve1 = 0, solve2 = 0;  ///< unknowns of a 2D profile
+    bool surveyed = false;       ///< a station of a survey CSV (an "Inc Azi MD" line)
 
     /// The value of a field, 0 when absent.
     double value(const std::string& field) const;

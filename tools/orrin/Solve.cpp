@@ -77,7 +77,13 @@ void putLine(CPlan& p, const PlanInput& input, const LineInput& line) {
 Solution solvePlan(const PlanInput& input) {
     Solution out;
     CPlan& p = out.plan;
-    p.NewData(1 + kMaxStationsPerLine * static_cast<int>(input.lines.size()));
+    // The leading stations of a survey are solved at once by SolveSurvey, exactly as the plan
+    // solves them as "Inc Azi MD" lines (the plain turn model), so a survey of any length solves.
+    std::size_t surveyed = 0;
+    while (!input.horizontalTurn && surveyed < input.lines.size() && input.lines[surveyed].surveyed)
+        ++surveyed;
+    const std::size_t rest = input.lines.size() - surveyed;
+    p.NewData(static_cast<int>(1 + surveyed + kMaxStationsPerLine * rest));
     p.LoadData(0, input.tie);
     p.NewTarget(static_cast<int>(input.targets.size()));
     for (std::size_t i = 0; i < input.targets.size(); ++i)
@@ -87,7 +93,31 @@ Solution solvePlan(const PlanInput& input) {
     p.m_nPrev = 0;
 
     std::vector<int> owner{-1};  // plan line of each solved station
-    for (std::size_t k = 0; k < input.lines.size(); ++k) {
+    if (surveyed > 0) {
+        std::vector<double> md, inc, azi;
+        for (std::size_t k = 0; k < surveyed; ++k) {
+            md.push_back(input.lines[k].value("md"));
+            inc.push_back(input.lines[k].value("inc"));
+            azi.push_back(input.lines[k].value("azi"));
+        }
+        std::vector<SStation> stations(surveyed);
+        const int error = CPlan::SolveSurvey(input.tie, surveyed, md.data(), inc.data(), azi.data(),
+                                             stations.data());
+        std::size_t good = 0;
+        while (good < surveyed && stations[good].method != 0) ++good;
+        for (std::size_t i = 0; i < good; ++i) {
+            p.LoadData(static_cast<int>(i) + 1, stations[i]);
+            owner.push_back(static_cast<int>(i));
+        }
+        if (error != 0) {
+            p.m_nError = error;
+            p.m_nFirst = p.m_nLast = static_cast<int>(good) + 1;
+            out.error = error;
+            out.message = narrow(p.ErrorMessage());
+            out.failedLine = static_cast<int>(good);
+        }
+    }
+    for (std::size_t k = surveyed; out.error == 0 && k < input.lines.size(); ++k) {
         putLine(p, input, input.lines[k]);
         if (p.m_nError != 0) {
             out.error = p.m_nError;
