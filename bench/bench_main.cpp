@@ -96,12 +96,14 @@ void BM_PlanPoint(benchmark::State& state) {
     SStation last;
     plan.DumpData(static_cast<int>(plan.GetSize()) - 1, last);
     const double top = quantity == CPlan::PLAN_MD ? last.md : last.tvd;
-    const int points = 10000;
+    const std::size_t points = 10000;
+    std::vector<double> values(points);
+    for (std::size_t i = 0; i < points; ++i) values[i] = top * static_cast<double>(i) / points;
+    std::vector<SStation> out(points);
     for (auto _ : state) {
-        for (int i = 0; i < points; ++i)
-            benchmark::DoNotOptimize(plan.PlanPointAt(quantity, top * i / points));
+        benchmark::DoNotOptimize(plan.PlanPointsAt(quantity, points, values.data(), out.data()));
     }
-    state.SetItemsProcessed(state.iterations() * points);
+    state.SetItemsProcessed(state.iterations() * static_cast<long>(points));
 }
 BENCHMARK(BM_PlanPoint)->Arg(CPlan::PLAN_MD)->Arg(CPlan::PLAN_TVD)->Unit(benchmark::kMillisecond);
 

@@ -250,6 +250,14 @@ public:
     /// No stored station changes, and the solve cursor and range (m_nPrev, m_nFirst, m_nLast) are
     /// kept, though the constant-toolface routines move them while they work.
     bool PlanPointAt(int quantity, double value);
+    /// Many points of the solved plan at once: for each of `count` values, what PlanPointAt finds,
+    /// into out[i] (the m_stnA of that search), with found[i] (when `found` is not null) telling
+    /// whether it was found. For md, tvd, north and east the part to search from is found by
+    /// bisection over the plan's running range of station values, so each point costs the
+    /// logarithm of the plan's length instead of a walk from the top; the answers are those of
+    /// PlanPointAt. Returns the number of values found; null arrays find nothing.
+    std::size_t PlanPointsAt(int quantity, std::size_t count, const double* values, SStation* out,
+                             bool* found = nullptr);
 
     // ==== Bit walk (interp/Walk.cpp) ===============================================================
     void CalcWalk();
@@ -365,6 +373,9 @@ private:
 
     // ==== Interpolation (interp/DepthInterp.cpp) ==================================================
     bool curvePointAngles(double md, bool bLineRates, double& daz);  ///< see btmdint, ctmdint
+    short loadPart(int k);               ///< part k of the plan into m_stnPrev/m_stnC
+    bool partAtDepth(int k, double md);  ///< the point of part k at a measured depth
+    bool pointFromPart(int quantity, double value, int from, int n);  ///< see PlanPointAt
 
     // ==== Bit walk (interp/Walk.cpp) ===============================================================
     void wlkpro();

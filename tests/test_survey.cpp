@@ -3,6 +3,7 @@
 
 #include <cmath>
 #include <cstring>
+#include <memory>
 #include <vector>
 
 #include "plan/CPlan.h"
@@ -90,4 +91,36 @@ TEST(Survey, DepthsThatDoNotRiseStopTheSurvey) {
     EXPECT_EQ(CPlan::SolveSurvey(tie, 4, md, inc, azi, out.data()), -10);
     EXPECT_EQ(CPlan::SolveSurvey(tie, 0, nullptr, nullptr, nullptr, nullptr), 0);
     EXPECT_EQ(CPlan::SolveSurvey(tie, 2, md, nullptr, azi, out.data()), -4);
+}
+
+TEST(Survey, ManyPointsAtOnceAreThePointsOneByOne) {
+    // A well that goes past horizontal, so its depth turns back: the first part holding a depth is
+    // not the last one, and the batch's bisection must find the same part as the walk from the top.
+    std::vector<double> md, inc, azi;
+    syntheticSurvey(400, md, inc, azi);
+    std::vector<SStation> out(md.size());
+    SStation tie;
+    tie.method = 2;
+    ASSERT_EQ(CPlan::SolveSurvey(tie, md.size(), md.data(), inc.data(), azi.data(), out.data()), 0);
+    CPlan plan;
+    plan.NewData(static_cast<int>(md.size()));
+    plan.LoadData(0, tie);
+    for (std::size_t i = 0; i < out.size(); ++i) plan.LoadData(static_cast<int>(i) + 1, out[i]);
+    for (int q :
+         {CPlan::PLAN_MD, CPlan::PLAN_TVD, CPlan::PLAN_NORTH, CPlan::PLAN_EAST, CPlan::PLAN_INC}) {
+        SCOPED_TRACE(q);
+        std::vector<double> values;
+        for (int i = -3; i < 60; ++i) values.push_back(i * (q == CPlan::PLAN_INC ? 0.03 : 230.0));
+        std::vector<SStation> many(values.size());
+        std::unique_ptr<bool[]> found(new bool[values.size()]);
+        plan.PlanPointsAt(q, values.size(), values.data(), many.data(), found.get());
+        for (std::size_t i = 0; i < values.size(); ++i) {
+            const bool one = plan.PlanPointAt(q, values[i]);
+            EXPECT_EQ(found[i], one) << values[i];
+            if (one) {
+                EXPECT_TRUE(sameBits(many[i].md, plan.m_stnA.md)) << values[i];
+                EXPECT_TRUE(sameBits(many[i].tvd, plan.m_stnA.tvd)) << values[i];
+            }
+        }
+    }
 }
