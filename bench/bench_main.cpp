@@ -107,6 +107,123 @@ void BM_PlanPoint(benchmark::State& state) {
 }
 BENCHMARK(BM_PlanPoint)->Arg(CPlan::PLAN_MD)->Arg(CPlan::PLAN_TVD)->Unit(benchmark::kMillisecond);
 
+/// The end station of a plan.
+SStation endOf(const CPlan& plan) {
+    SStation s;
+    plan.DumpData(static_cast<int>(plan.GetSize()) - 1, s);
+    return s;
+}
+
+/// A target `ahead` along the end's horizontal direction, `side` to its right and `down` below it.
+STarget targetAhead(const SStation& e, double ahead, double side, double down) {
+    STarget t;
+    t.name.assign(1, u'T');
+    t.ns = e.ns + ahead * std::cos(e.azi) - side * std::sin(e.azi);
+    t.ew = e.ew + ahead * std::sin(e.azi) + side * std::cos(e.azi);
+    t.tvd = e.tvd + down;
+    return t;
+}
+
+/// A 100-line plan that uses every family that solves: blocks of ten lines (an inclination/azimuth
+/// line, a drop/turn arc, a constant-toolface curve, a build/turn curve, a single arc to a target,
+/// an arc and tangent to a target, a slant, an S-shape, a hold to a vertical depth, a hold), each
+/// target placed from the end of the line before. Returns false (with the line) if one fails.
+bool mixedPlan(CPlan& plan, std::string& failed) {
+    plan = CPlan();
+    plan.NewData(200);
+    SStation tie;
+    tie.method = 2;
+    plan.LoadData(0, tie);
+    for (int line = 0; line < 100; ++line) {
+        const SStation e = endOf(plan);
+        plan.m_bConstTF = 0;
+        plan.m_nSubMethod = 1;
+        plan.m_nTargetMethod = 1;
+        plan.m_dMD = e.md + 300;
+        switch (line % 10) {
+        case 0:  // "Inc Azi MD"
+            plan.m_nFamily = 90;
+            plan.m_dInc = 30 * kDeg;
+            plan.m_dAzi = std::fmod(40.0 + 3 * line, 360.0) * kDeg;
+            break;
+        case 1:  // "DT1 MD"
+        case 2:  // "CT1 MD"
+            plan.m_nFamily = 30;
+            plan.m_bConstTF = line % 10 == 2;
+            plan.m_dDLS = 2 * kDeg / 100;
+            plan.m_dTF = (line % 10 == 1 ? 60 : -60) * kDeg;
+            break;
+        case 3:  // "BT1 MD"
+            plan.m_nFamily = 40;
+            plan.m_dBuild = 1 * kDeg / 100;
+            plan.m_dTurn = 0.5 * kDeg / 100;
+            break;
+        case 4:  // "DT6 Curve"
+            plan.m_nFamily = 120;
+            plan.m_target = targetAhead(e, 400, 30, 200);
+            break;
+        case 5:  // "DT5 CH Tang"
+            plan.m_nFamily = 80;
+            plan.m_dMethodParam1 = 3 * kDeg / 100;
+            plan.m_target = targetAhead(e, 900, 80, 600);
+            break;
+        case 6:  // Slant: tangent inclination and length solved
+            plan.m_nFamily = 60;
+            plan.m_nSolveFor1 = 3;
+            plan.m_nSolveFor2 = 4;
+            plan.m_dLength1 = 100;
+            plan.m_dBuildDLS = 2 * kDeg / 100;
+            plan.m_target = targetAhead(e, 1200, 0, 1500);
+            break;
+        case 7:  // S-shape: a build of 10 degrees, tangent and final hold at 20 degrees solved
+            plan.m_nFamily = 70;
+            plan.m_nSolveFor1 = 4;
+            plan.m_nSolveFor2 = 7;
+            plan.m_dLength1 = 100;
+            plan.m_dBuildDLS = 2 * kDeg / 100;
+            plan.m_dHoldInc = e.inc + 10 * kDeg;
+            plan.m_dDropDLS = -2 * kDeg / 100;
+            plan.m_dFinalInc = 20 * kDeg;
+            plan.m_target = targetAhead(e, 3000, 0, 3000);
+            break;
+        case 8:  // "Straight TVD"
+            plan.m_nFamily = 20;
+            plan.m_nSubMethod = 2;
+            plan.m_target = STarget();
+            plan.m_dTVD = e.tvd + 100;
+            break;
+        default:  // "Straight MD"
+            plan.m_nFamily = 20;
+            break;
+        }
+        plan.PutData(-1);
+        if (plan.m_nError != 0) {
+            const std::u16string m = plan.ErrorMessage();
+            failed = "line " + std::to_string(line) + ": " + std::string(m.begin(), m.end());
+            return false;
+        }
+    }
+    return true;
+}
+
+void BM_MixedPlanResolve(benchmark::State& state) {
+    CPlan plan;
+    std::string failed;
+    if (!mixedPlan(plan, failed)) {
+        failed.insert(0, "the mixed plan fails at ");
+        state.SkipWithError(failed.c_str());
+        return;
+    }
+    for (auto _ : state) {
+        plan.GetData(1);  // a client's edit of the first line: read it back, put it again
+        plan.PutData(1);  // which re-solves the whole plan
+        benchmark::DoNotOptimize(plan.m_nError);
+    }
+    if (plan.m_nError != 0) state.SkipWithError("the re-solve fails");
+    state.SetItemsProcessed(state.iterations());
+}
+BENCHMARK(BM_MixedPlanResolve)->Unit(benchmark::kMicrosecond);
+
 /// Prints the usual console table, then each benchmark's time per item beside the floor's.
 class RatioReporter : public benchmark::ConsoleReporter {
 public:

@@ -324,6 +324,7 @@ private:
     void putBackward(int line);      ///< stores a backward line (family 150) at `line`
     void setGivenFlags(short code);  ///< the m_bGiven... flags of a line of this code
     void settar(int station, const STarget& target);
+    void readLine(int line);  ///< GetData without its guard of the cursor (see GetData)
     void gettar(int station, int code);
     void getm2d(int previous, int line);
     bool hasStation(int i) const;  ///< i indexes an existing station

@@ -205,7 +205,16 @@ void CPlan::getm2d(int previous, int line) {
 //     line's own (end) target.
 // A line number outside the station array changes nothing.
 void CPlan::GetData(int line) {
+    // A client's cursor from a stale plan is brought back to the tie-on before it is used.
     if (m_nPrev > 100 || m_nPrev < 0) m_nPrev = 0;
+    readLine(line);
+}
+
+// GetData without its cursor guard: the line methods of the solver read the line after the solve
+// cursor through it, wherever the cursor stands. (With the guard, a profile or target line past
+// station 100 would read station 1 instead of itself and never solve.)
+void CPlan::readLine(int line) {
+    if (m_nPrev < 0) m_nPrev = 0;
     if (line == 0) {
         m_nPrev = m_nLast = m_nFirst = 0;
         m_nFamily = 10;

@@ -243,10 +243,14 @@ void CPlan::PutData(int line) {
         while (line >= 2 && codeAt(line) == 1) --line;
     }
     if (!hasStation(line)) return;
-    m_nPrev = line - 1;
-    if (m_nPrev < 0 || m_nPrev > MAX_CURSOR_LINE) m_nPrev = 0;
+    // Lines numbered beyond MAX_CURSOR_LINE are solved from the tie-on. The cursor is reset only
+    // for the solve: the profile and target lines are stored at m_nPrev + 1, which must be the
+    // line's own place, or a long plan would have its first line written over.
+    const bool solveFromTie = line - 1 < 0 || line - 1 > MAX_CURSOR_LINE;
+    m_nPrev = line < 1 ? 0 : line - 1;
 
     if (m_nFamily < 20 || m_nFamily > 150) {
+        if (solveFromTie) m_nPrev = 0;
         solval();
         return;
     }
@@ -344,6 +348,7 @@ void CPlan::PutData(int line) {
     case 150: putBackward(line); break;
     default: break;
     }
+    if (solveFromTie) m_nPrev = 0;
     solval();
 }
 

@@ -5,7 +5,7 @@
 using namespace orrin;
 
 // Solves the target method whose first station follows m_nPrev.
-//   1. m_nError is cleared, and GetData(-1) loads the start station into m_stnPrev, the line's
+//   1. m_nError is cleared, and readLine(-1) (GetData without its cursor guard) loads the start station into m_stnPrev, the line's
 //      target into m_target and the line's working fields.
 //   2. The start direction (east, north, down) = (sin A sin I, cos A sin I, cos I) of m_stnPrev is
 //      stored in its ue, un, uv: every target method reads its start direction there.
@@ -16,7 +16,7 @@ using namespace orrin;
 // 1940 gives 0, 1960 gives 1, 1970 gives 2.
 void CPlan::meth3d() {
     m_nError = ERR_NONE;
-    GetData(-1);
+    readLine(-1);
     vector(m_stnPrev.inc, m_stnPrev.azi, m_stnPrev.ue, m_stnPrev.un, m_stnPrev.uv);
 
     const int code = codeAt(m_nPrev + 1);

@@ -214,7 +214,7 @@ void CPlan::angus() {
 // Solves the 2D profile whose first station follows m_nPrev, and writes one station per part:
 // kick-off hold (when its length is not zero), build arc, tangent hold (when not zero), and for an
 // S-shape the drop arc and the final hold (when not zero).
-//   - The start station and the profile's given values come from GetData(-1); a rate within 1e-6 of
+//   - The start station and the profile's given values come from readLine(-1), GetData without its cursor guard; a rate within 1e-6 of
 //     zero leaves its radius as it was, otherwise radius = 1 / rate.
 //   - The profile lies in the vertical plane of azimuth theta = tangle(dE, dN) from the start to the
 //     target; the displacement is hypot(dN, dE) and the depth to the target dV.
@@ -233,7 +233,7 @@ void CPlan::angus() {
 // Only md, inc, azi, tvd, ns, ew, dls, tf, build and turn of the stations are written; on success
 // m_nError is 0 and m_nPrev the last station written.
 void CPlan::meth2d() {
-    GetData(-1);
+    readLine(-1);
     if (is_nonzero(m_dBuildDLS)) m_dBuildRadius = 1.0 / m_dBuildDLS;
     if (is_nonzero(m_dDropDLS)) m_dDropRadius = 1.0 / m_dDropDLS;
 

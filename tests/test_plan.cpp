@@ -329,3 +329,38 @@ TEST(PlanSolving, ALineThatRunsOutOfNumbersIsNotStored) {
     EXPECT_EQ(p.m_nError, -4);
     EXPECT_EQ(p.ErrorMessage(), u"Line 2: Unknown Solution problem");
 }
+
+TEST(PlanEditing, ALongPlanKeepsItsFirstLineWhenATargetLineIsAppended) {
+    // Past 100 stations a put re-solves from the tie-on; the new line still goes to its own place.
+    CPlan p;
+    p.NewData(130);
+    SStation tie;
+    tie.method = 2;
+    p.LoadData(0, tie);
+    p.m_nFamily = 90;
+    p.m_nSubMethod = 1;
+    for (int i = 1; i <= 110; ++i) {
+        p.m_dMD = 10.0 * i;
+        p.m_dInc = 0.001 * i;
+        p.m_dAzi = 0.5;
+        p.PutData(-1);
+        ASSERT_EQ(p.m_nError, 0);
+    }
+    SStation end;
+    p.DumpData(110, end);
+    p.m_nFamily = 120;  // "DT6 Curve"
+    p.m_nTargetMethod = 1;
+    p.m_target = STarget();
+    p.m_target.name = u"T";
+    p.m_target.tvd = end.tvd + 300;
+    p.m_target.ns = end.ns + 100;
+    p.m_target.ew = end.ew + 120;
+    p.PutData(-1);
+    ASSERT_EQ(p.m_nError, 0);
+    SStation first, last;
+    p.DumpData(1, first);
+    p.DumpData(111, last);
+    EXPECT_EQ(first.method, 30);
+    EXPECT_EQ(last.method, 920);
+    EXPECT_NEAR(last.tvd, end.tvd + 300, 1e-6);
+}
