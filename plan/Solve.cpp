@@ -56,14 +56,17 @@ void CPlan::solval() {
     m_saved = m_stations;
     const int start = m_nPrev;
 
+    // The plan's length: solving writes stations but never ends the plan earlier or later (no line
+    // method writes a code of 0), so it is counted once.
+    const int size = static_cast<int>(GetSize());
+
     // Moves every station after `after` by d, as long as they belong to forward lines.
-    auto shiftFollowing = [this](int after, double d) {
+    auto shiftFollowing = [this, size](int after, double d) {
         if (d == 0.0) return;
-        for (int k = after + 1; k < static_cast<int>(GetSize()) && codeAt(k) >= 1; ++k)
-            m_stations[k].md += d;
+        for (int k = after + 1; k < size && codeAt(k) >= 1; ++k) m_stations[k].md += d;
     };
 
-    unsigned i = GetSize() - 1;
+    unsigned i = static_cast<unsigned>(size) - 1;
     while (i != 0 && hasStation(static_cast<int>(i))) {
         if (m_stations[i].method >= 0) {
             --i;
@@ -93,7 +96,7 @@ void CPlan::solval() {
         break;
     }
 
-    if (m_nPrev < static_cast<int>(GetSize())) {
+    if (m_nPrev < size) {
         int passes = 0;
         for (;;) {
             const short q = codeAt(m_nPrev + 1);
@@ -135,12 +138,12 @@ void CPlan::solval() {
                 break;
             }
             if (hasStation(e)) shiftFollowing(e, m_stations[e].md - e0);
-            if (m_nPrev >= static_cast<int>(GetSize())) break;
+            if (m_nPrev >= size) break;
         }
     }
 
     if (m_nError == ERR_NONE) {
-        for (int k = 1; k < static_cast<int>(GetSize()) && m_stations[k].method != 0; ++k) {
+        for (int k = 1; k < size && m_stations[k].method != 0; ++k) {
             const double above = m_stations[k - 1].md;
             if (above < m_stations[k].md) continue;
             if (above - DEPTH_NUDGE > m_stations[k].md) {
