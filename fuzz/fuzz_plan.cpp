@@ -260,6 +260,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         if (ms > MAX_CALL_MS) fail("a call took longer than 10 ms");
         if (plan.m_nError > 0 || plan.m_nError < -20) fail("m_nError outside 0 ... -20");
         if (plan.ErrorMessage().empty()) fail("empty error message");
+        for (const SStation& s : plan.m_stations) backward = backward || s.method < 0;
         if (solves && plan.m_nError != 0 && plan.m_nError != -5 && !backward &&
             !restored(plan.m_stations, plan.m_saved))
             fail("a failing solve did not put the plan back");
