@@ -29,7 +29,9 @@ using namespace orrin;
 
 // 925 "BT6 Curve": one build/turn curve from the start to the target X.
 //   - |X - P0| within 1e-6: -12. X straight ahead (cosine to the start direction at least
-//     STRAIGHT_COS): a hold of length |X - P0| with B = T = 0.
+//     STRAIGHT_COS): a hold of length |X - P0| with B = T = 0. Read so even though such a hold
+//     may pass up to |X - P0| 4.5e-5 from X: the station still stores X, as every line that ends
+//     on its target does.
 //   - Otherwise Newton on (dI, dA, L) for curve end = X (three equations in [L]). Starting guess:
 //     the single arc of 920 (stagg) to X, whose length, inclination change and azimuth change a
 //     build/turn curve reproduces exactly for a pure build and closely for small turns.
