@@ -224,6 +224,66 @@ void BM_MixedPlanResolve(benchmark::State& state) {
 }
 BENCHMARK(BM_MixedPlanResolve)->Unit(benchmark::kMicrosecond);
 
+/// One target line after an inclined tie-on, put once; each iteration re-solves the plan from the
+/// tie-on (PutData(0)), so the figure is one solve of the line with the plan's bookkeeping around it.
+/// The single-arc methods 920, 930 and 1910 stand beside the build/turn and online ones for scale.
+void BM_TargetLine(benchmark::State& state) {
+    const int code = static_cast<int>(state.range(0));
+    CPlan plan;
+    plan.NewData(10);
+    SStation tie;
+    tie.md = 2000, tie.tvd = 1900, tie.inc = 30 * kDeg, tie.azi = 40 * kDeg, tie.method = 2;
+    plan.LoadData(0, tie);
+    plan.m_target.name = u"T1";
+    plan.m_target.tvd = 4500, plan.m_target.ns = 2400, plan.m_target.ew = 1700;
+    const double per100 = kDeg / 100;
+    switch (code) {
+    case 920: plan.m_nFamily = 120, plan.m_nTargetMethod = 1; break;
+    case 930: plan.m_nFamily = 120, plan.m_nTargetMethod = 2, plan.m_dMD = 6500; break;
+    case 1910:
+        plan.m_nFamily = 80, plan.m_nTargetMethod = 1, plan.m_dMethodParam1 = 3 * per100;
+        break;
+    case 925: plan.m_nFamily = 125, plan.m_nTargetMethod = 1; break;
+    case 935: plan.m_nFamily = 125, plan.m_nTargetMethod = 2, plan.m_dMD = 6500; break;
+    case 1915:
+        plan.m_nFamily = 55, plan.m_dMethodParam4 = 60 * kDeg, plan.m_dMethodParam7 = 2 * per100;
+        break;
+    case 1930: plan.m_nFamily = 130, plan.m_dMethodParam4 = 3000; break;
+    case 1935: plan.m_nFamily = 135, plan.m_dMethodParam4 = 3000; break;
+    case 2925:  // a target laid by a hold of 500, the curve over 1000 and a hold of 1500
+        plan.m_nFamily = 85, plan.m_dMethodParam7 = 2 * per100, plan.m_dMethodParam8 = 1 * per100;
+        plan.m_target.tvd = 4059.36, plan.m_target.ns = 1379.02, plan.m_target.ew = 1495.32;
+        break;
+    case 2930:
+        plan.m_nFamily = 45, plan.m_nTargetMethod = 2, plan.m_dMethodParam1 = 3 * per100;
+        plan.m_dMethodParam4 = 60 * kDeg;
+        break;
+    default: break;
+    }
+    plan.PutData(-1);
+    if (plan.m_nError != 0) {
+        state.SkipWithError("the line does not solve");
+        return;
+    }
+    for (auto _ : state) {
+        plan.PutData(0);
+        benchmark::DoNotOptimize(plan.m_nError);
+    }
+    state.SetItemsProcessed(state.iterations());
+}
+BENCHMARK(BM_TargetLine)
+    ->Arg(920)
+    ->Arg(930)
+    ->Arg(1910)
+    ->Arg(925)
+    ->Arg(935)
+    ->Arg(1915)
+    ->Arg(1930)
+    ->Arg(1935)
+    ->Arg(2925)
+    ->Arg(2930)
+    ->Unit(benchmark::kMicrosecond);
+
 /// Prints the usual console table, then each benchmark's time per item beside the floor's.
 class RatioReporter : public benchmark::ConsoleReporter {
 public:

@@ -25,6 +25,18 @@ constexpr double DEPTH_NUDGE = 0.001;
 /// Closure a solved line must reach on the point, depth or line it solves for [L]: where a line
 /// solves for a quantity in closed form, rounding may leave it this far off, and no further.
 constexpr double TOL_CLOSE = 1e-4;
+/// Agreement a solved direction must reach (an arrival direction, a hold aimed at its target) [rad]:
+/// the angular counterpart of TOL_CLOSE.
+constexpr double TOL_DIR = 1e-6;
+/// Residual below which a small iterative solve stops, on a position [L] and on an angle [rad]:
+/// far inside TOL_CLOSE and TOL_DIR, so that a converged solve meets them with room to spare.
+constexpr double SOLVE_POS = 1e-8;
+constexpr double SOLVE_ANG = 1e-10;
+/// Passes of one Newton or fixed-point solve, and bisections after a bracketing scan. A solve that
+/// has not reached SOLVE_POS / SOLVE_ANG by then is accepted only within TOL_CLOSE / TOL_DIR.
+constexpr int MAX_PASSES = 100;
+/// Steps of a bracketing scan over a solver's whole range, before the bisection of a bracket.
+constexpr int SCAN_STEPS = 1000;
 
 /// True when x lies outside [-1e-6, 1e-6] (both ends of the band count as zero).
 constexpr bool is_nonzero(double x) {

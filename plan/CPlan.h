@@ -396,7 +396,9 @@ private:
     void meth_dtctmd();
     void meth_dtshc();
 
-    // ==== Target methods still to be built (targets/Pending.cpp) ===================================
+    // ==== Build/turn and online target methods (targets/BuildTurnTargets.cpp, OnlineTargets.cpp,
+    // TargetParts.cpp). A part is one stored station of a target line, computed from the station
+    // before it; the routines compute every part first and store them only when the line is solved.
     void meth_btctt();
     void meth_btctmd();
     void meth_btoli();
@@ -404,6 +406,14 @@ private:
     void meth_btolt();
     void meth_btsch();
     void meth_dtholi();
+    double maniac(double T, double& e, double& n, double& v);  ///< the inverse of manic
+    int onlineArc(double tvd, double& e, double& n, double& v, double& K);  ///< the arc of 1930
+    SStation btpart(const SStation& from, double B, double T, double L);    ///< a build/turn curve
+    SStation arcpart(const SStation& from, double e, double n, double v, double K);  ///< an arc
+    static SStation holdpart(const SStation& from, double H);            ///< a straight hold
+    void storePart(int k, const SStation& part, short code, bool last);  ///< writes one part
+
+    // ==== Target methods still to be built (targets/Pending.cpp) ===================================
     void meth_opttan();
     void meth_opttvd();
 

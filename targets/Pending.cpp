@@ -1,5 +1,4 @@
 // Target methods that the three-dimensional dispatch reaches but that are not built yet: the
-// build/turn-to-target methods, the online drop/turn methods to a depth or an inclination, the
 // optimum-align methods and horizontal landing.
 //
 // Each one reports -4 (ERR_UNKNOWN_SOLUTION) and writes nothing, so that the solver puts the plan
@@ -12,27 +11,6 @@
 
 using namespace orrin;
 
-void CPlan::meth_btctt() {
-    m_nError = ERR_UNKNOWN_SOLUTION;
-}
-void CPlan::meth_btctmd() {
-    m_nError = ERR_UNKNOWN_SOLUTION;
-}
-void CPlan::meth_btoli() {
-    m_nError = ERR_UNKNOWN_SOLUTION;
-}
-void CPlan::meth_dtolt() {
-    m_nError = ERR_UNKNOWN_SOLUTION;
-}
-void CPlan::meth_btolt() {
-    m_nError = ERR_UNKNOWN_SOLUTION;
-}
-void CPlan::meth_btsch() {
-    m_nError = ERR_UNKNOWN_SOLUTION;
-}
-void CPlan::meth_dtholi() {
-    m_nError = ERR_UNKNOWN_SOLUTION;
-}
 void CPlan::meth_optdls() {
     m_nError = ERR_UNKNOWN_SOLUTION;
 }

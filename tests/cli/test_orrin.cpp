@@ -111,10 +111,11 @@ TEST(CliExamples, TargetedStationsLieOnTheirTargets) {
         {"DT2 TVD", true, false, false, false},      {"CT2 TVD", true, false, false, false},
         {"BT2 TVD", true, false, false, false},      {"StraightVSEC", false, false, true, false},
         {"DT6 MDNSEW", false, true, false, false},   {"Online Inc", false, false, false, true},
+        {"BT6 MDNSEW", false, true, false, false},   {"BT8 OL Inc", false, true, false, false},
     };
     int checked = 0;
-    for (const char* name :
-         {"slant.json", "s-shape.json", "lines.json", "targets.json", "backward.json"}) {
+    for (const char* name : {"slant.json", "s-shape.json", "lines.json", "targets.json",
+                             "backward.json", "buildturn.json"}) {
         SCOPED_TRACE(name);
         const Result r = runOrrin("solve --json " + example(name));
         ASSERT_EQ(r.code, 0) << r.err;
@@ -160,7 +161,7 @@ TEST(CliExamples, TargetedStationsLieOnTheirTargets) {
             ++checked;
         }
     }
-    EXPECT_EQ(checked, 13);  // 1 + 2 + 3 + 5 + 2 targets met in the five plans
+    EXPECT_EQ(checked, 20);  // 1 + 2 + 3 + 5 + 2 + 7 targets met in the six plans
 }
 
 // The survey CSV, solved by the tool, gives the positions the library gives for the same stations
@@ -289,6 +290,7 @@ TEST(CliPlot, SvgIsWellFormedAndMarksTheFailingLine) {
         {example("s-shape.json"), 0, {"Top reservoir", "TVD (m)"}},
         {example("lines.json"), 0, {"Fault block", "Build/turn"}},
         {example("targets.json"), 0, {">A<", ">E<", "Curve to target"}},
+        {example("buildturn.json"), 0, {">A<", ">G<", "Curve to target"}},
         {example("survey.csv"), 0, {"North (ft)"}},
         {failing, 1, {"Line 4 failed: Straight TVD", "Can&apos;t project", "Deep"}},
     };

@@ -84,14 +84,22 @@ const std::vector<MethodSpec> kMethods = {
     {920, 120, 0, 1, 0, "", nullptr, "target", "one arc to the target", true},
     {930, 120, 0, 2, 0, "", nullptr, "target md",
      "one arc of a course length to the target's north and east; depth solved", true},
+    // Build/turn curves and online curves to a target (families 45, 55, 85, 125, 130, 135).
+    {925, 125, 0, 1, 0, "", nullptr, "target", "one build/turn curve to the target", true},
+    {935, 125, 0, 2, 0, "", nullptr, "target md",
+     "one build/turn curve of a course length to the target's north and east; depth solved", true},
+    {1915, 55, 0, 0, 0, "", nullptr, "target build inc",
+     "build/turn curve of a build rate to an inclination, turned to head over the target; hold",
+     true},
+    {2925, 85, 0, 0, 0, "", nullptr, "target build turn",
+     "kick-off hold, build/turn curve of given rates, hold to the target", true},
+    {1930, 130, 0, 0, 0, "", nullptr, "target tvd",
+     "arc ending at a vertical depth, heading at the target; hold to it", true},
+    {1935, 135, 0, 0, 0, "", nullptr, "target tvd",
+     "build/turn curve ending at a vertical depth, heading at the target; hold to it", true},
+    {2930, 45, 0, 2, 0, "", nullptr, "target dls inc",
+     "kick-off hold, arc of a dogleg severity to an inclination, hold to the target", true},
     // Not solved by the library yet: named so that a plan naming them gets a clear answer.
-    {2930, 45, 0, 2, 0, "", nullptr, "", "", false},
-    {1915, 55, 0, 0, 0, "", nullptr, "", "", false},
-    {2925, 85, 0, 0, 0, "", nullptr, "", "", false},
-    {925, 125, 0, 1, 0, "", nullptr, "", "", false},
-    {935, 125, 0, 2, 0, "", nullptr, "", "", false},
-    {1930, 130, 0, 0, 0, "", nullptr, "", "", false},
-    {1935, 135, 0, 0, 0, "", nullptr, "", "", false},
     {1950, 140, 0, 0, 0, "", nullptr, "", "", false},
     {2910, 110, 0, 1, 0, "", nullptr, "", "", false},
     {2940, 110, 0, 4, 0, "", nullptr, "", "", false},
@@ -182,6 +190,12 @@ const char* familyLabel(int family) {
     case 90: return "Inclination/azimuth and DLS";
     case 100: return "DLS and toolface";
     case 120: return "Single curve to target";
+    case 45: return "Hold, arc and hold to an inclination";
+    case 55: return "Build/turn online inclination";
+    case 85: return "Hold, build/turn curve and hold";
+    case 125: return "Build/turn curve to target";
+    case 130: return "Online arc to a depth";
+    case 135: return "Online build/turn curve to a depth";
     case 150: return "Backward line";
     default: return "Target method";
     }

@@ -38,6 +38,9 @@ const char* familyColour(int family) {
 
 /// The legend entry of a family: the curve-to-target families share one colour and one entry.
 int legendFamily(int family) {
+    if (family == 45 || family == 55 || family == 85 || family == 125 || family == 130 ||
+        family == 135)
+        return 120;
     return family == 50 || family == 80 || family == 120 ? 120 : family;
 }
 

@@ -55,6 +55,8 @@ void putLine(CPlan& p, const PlanInput& input, const LineInput& line) {
         if (field == "drop_dls") p.m_dDropDLS = -v;  // a drop lowers the inclination
         if (field == "final_inc") p.m_dFinalInc = v;
         if (field == "final_hold") p.m_dLength3 = v;
+        // "DT7 OL TVD" and "BT7 OL TVD" take the depth of their curve's end as a parameter.
+        if (field == "tvd" && (m.code == 1930 || m.code == 1935)) p.m_dMethodParam4 = v;
     }
     p.m_nSolveFor1 = line.solve1;
     p.m_nSolveFor2 = line.solve2;
