@@ -25,6 +25,15 @@ constexpr double DEPTH_NUDGE = 0.001;
 /// Closure a solved line must reach on the point, depth or line it solves for [L]: where a line
 /// solves for a quantity in closed form, rounding may leave it this far off, and no further.
 constexpr double TOL_CLOSE = 1e-4;
+/// Agreement a solved direction must reach with the one it solves for (an arrival direction, the aim
+/// of a hold) [rad]: the angular partner of TOL_CLOSE.
+constexpr double TOL_DIR = 1e-6;
+/// An iteration stops once its residual is below these: far inside TOL_CLOSE and TOL_DIR, so that
+/// an accepted result keeps a wide margin [L], [rad].
+constexpr double SOLVE_POS = 1e-8;
+constexpr double SOLVE_ANG = 1e-10;
+/// Passes of one Newton, bisection or fixed-point solve.
+constexpr int MAX_PASSES = 100;
 
 /// True when x lies outside [-1e-6, 1e-6] (both ends of the band count as zero).
 constexpr bool is_nonzero(double x) {

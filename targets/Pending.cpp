@@ -1,6 +1,5 @@
 // Target methods that the three-dimensional dispatch reaches but that are not built yet: the
-// build/turn-to-target methods, the online drop/turn methods to a depth or an inclination, the
-// optimum-align methods and horizontal landing.
+// build/turn-to-target methods and the online drop/turn methods to a depth or an inclination.
 //
 // Each one reports -4 (ERR_UNKNOWN_SOLUTION) and writes nothing, so that the solver puts the plan
 // back and names the line: a client can never take such a line for a solved one. When a method is
@@ -31,20 +30,5 @@ void CPlan::meth_btsch() {
     m_nError = ERR_UNKNOWN_SOLUTION;
 }
 void CPlan::meth_dtholi() {
-    m_nError = ERR_UNKNOWN_SOLUTION;
-}
-void CPlan::meth_optdls() {
-    m_nError = ERR_UNKNOWN_SOLUTION;
-}
-void CPlan::meth_opttan() {
-    m_nError = ERR_UNKNOWN_SOLUTION;
-}
-void CPlan::meth_opttvd() {
-    m_nError = ERR_UNKNOWN_SOLUTION;
-}
-void CPlan::meth_optcc(int /*variant*/) {
-    m_nError = ERR_UNKNOWN_SOLUTION;
-}
-void CPlan::meth_horlan() {
     m_nError = ERR_UNKNOWN_SOLUTION;
 }
