@@ -27,7 +27,7 @@
 //         w = X - M1; residual t0 . u - cos d1. 1970 is 1960 solved backwards from the target.
 //   1940, 2940  T1 free: as 1960 with T1 + H in place of T1; the residual is the difference of the
 //         two curvatures tan(d/2) / T (times |X - P0|, to make it a pure number).
-//   2950  T1 free: tvd(A) = P5 fixes u's vertical part, tvd(B) = P6 then gives T2, and u must be the
+//   2950  the hold's vertical part z: tvd(A) = P5 gives T1, tvd(B) = P6 gives T2, and u must be the
 //         direction from M1 to M2 = X - T2 t1; residual the difference of the two vertical parts.
 //   1950  T1 = R tan(d1/2): the second arc from u onto the line, of the same radius, lands where
 //         (h - 2R) tau^2 - 2 T1 tau + h = 0, tau = tan(d2/2) and h the distance from M1 to the line's
@@ -55,7 +55,14 @@ constexpr int ALIGN_SAMPLES = 48;
 /// arcs reach pi - 2e-6 and tangent lengths 1e6 |X - P0|.
 constexpr double X_END = 1.0 - 1e-6;
 /// Golden-section passes of the search for a hidden pair of roots at a turning point.
-constexpr int PAIR_PASSES = 60;
+constexpr int PAIR_PASSES = 40;
+/// Bisections that find the edge of the range where a residual is defined, to 1e-14 in the scan's
+/// parameter.
+constexpr int EDGE_PASSES = 46;
+/// Samples on each side of a special point, at 2^-k of a grid step from it: where the first arc's
+/// tangent meeting point passes close to the arrival line, the plane of the second arc turns over
+/// within a short stretch and the roots crowd there.
+constexpr int CLUSTER = 24;
 /// Most roots kept from one scan; no method's residual comes near it.
 constexpr int MAX_ROOTS = 24;
 
@@ -148,8 +155,17 @@ double closeBracket(const F& f, double a, double fa, double b, double fb) {
 
 /// Every root of f(x, r, path) over [0, X_END] into roots[0 .. count). f returns false where the
 /// residual is undefined; no bracket spans such a sample.
+/// The samples, in order, are the grid points and the edges of the ranges where the residual is
+/// defined (found by bisection between a defined and an undefined grid point: near an edge the
+/// construction changes fast, a tangent length growing as a square root, so roots crowd there).
+/// A sign change between two consecutive samples is closed by closeBracket. A sample where the
+/// residual turns back towards zero without reaching it may hide a pair of roots within the two
+/// neighbouring intervals: when the steeper side, carried on for one more step, would reach zero, a
+/// golden-section search for the residual's extreme over the two intervals decides, and a crossing found gives two brackets. An interval that ends at
+/// an edge, where the residual bends like a square root and no parabola says how far, is always
+/// searched so.
 template <typename F>
-int scanRoots(const F& f, double* roots) {
+int scanRoots(const F& f, double* roots, double special) {
     int count = 0;
     auto add = [&](double x) {
         if (count < MAX_ROOTS) roots[count++] = x;
@@ -157,47 +173,89 @@ int scanRoots(const F& f, double* roots) {
     struct Sample {
         double x = 0.0, r = 0.0;
         bool ok = false;
-    } pp, prev, cur;
+        bool edge = false;  ///< an edge of a range where the residual is defined
+    } last2, last, grid;
     Path scratch;
+    // Golden-section search of [s0.x, s2.x] for the residual's extreme towards zero; a crossing
+    // found gives two brackets.
+    auto probe = [&](const Sample& s0, const Sample& s2) {
+        const double sgn = s0.r > 0.0 ? 1.0 : -1.0;
+        double lo = s0.x, hi = s2.x;
+        const double g = 0.3819660112501051;  // (3 - sqrt 5) / 2
+        for (int pass = 0; pass < PAIR_PASSES; ++pass) {
+            const double m1 = lo + g * (hi - lo), m2 = hi - g * (hi - lo);
+            double r1 = 0.0, r2 = 0.0;
+            if (!f(m1, r1, scratch) || !f(m2, r2, scratch)) return;
+            if (r1 * sgn < 0.0 || r2 * sgn < 0.0) {
+                const double m = r1 * sgn < 0.0 ? m1 : m2, rm = r1 * sgn < 0.0 ? r1 : r2;
+                add(closeBracket(f, s0.x, s0.r, m, rm));
+                add(closeBracket(f, m, rm, s2.x, s2.r));
+                return;
+            }
+            if (r1 * sgn < r2 * sgn)
+                hi = m2;
+            else
+                lo = m1;
+        }
+    };
+    // A turning point s1 between s0 and s2 is searched when the steeper of its two sides, carried
+    // on for one more step, would reach zero: a dip that deep may be a kink (the first arc's plane
+    // turning over as u passes t0) as well as a smooth bend.
+    auto turning = [&](const Sample& s0, const Sample& s1, const Sample& s2) {
+        const double sgn = s1.r > 0.0 ? 1.0 : -1.0;
+        if (!(sgn * (s1.r - s0.r) < 0.0 && sgn * (s2.r - s1.r) > 0.0)) return;
+        const double rise = std::fmax(std::fabs(s0.r - s1.r), std::fabs(s2.r - s1.r));
+        if (std::fabs(s1.r) < rise) probe(s0, s2);
+    };
+    auto push = [&](const Sample& c) {
+        if (c.ok && c.r == 0.0) add(c.x);
+        if (c.ok && last.ok && last.r * c.r < 0.0) add(closeBracket(f, last.x, last.r, c.x, c.r));
+        if (c.ok && last.ok && last.r * c.r > 0.0 && (c.edge || last.edge)) probe(last, c);
+        if (c.ok && last.ok && last2.ok && last2.r * last.r > 0.0 && last.r * c.r > 0.0 &&
+            !c.edge && !last.edge && !last2.edge)
+            turning(last2, last, c);
+        last2 = last;
+        last = c;
+    };
+    // The grid, with a cluster of samples closing in on the special point from both sides.
+    double xs[ALIGN_SAMPLES + 2 * CLUSTER + 2];
+    int nx = 0;
+    const double step = X_END / ALIGN_SAMPLES;
     for (int i = 0; i <= ALIGN_SAMPLES; ++i) {
-        cur.x = X_END * i / ALIGN_SAMPLES;
-        cur.ok = f(cur.x, cur.r, scratch) && std::isfinite(cur.r);
-        if (cur.ok && cur.r == 0.0) add(cur.x);
-        if (cur.ok && prev.ok && prev.r * cur.r < 0.0)
-            add(closeBracket(f, prev.x, prev.r, cur.x, cur.r));
-        // A turning point of the residual at prev, on one side of zero: a pair of roots may hide
-        // within the two steps. The parabola through the three samples says how near it comes;
-        // when it may reach zero, a golden-section search for the residual's extreme decides.
-        if (pp.ok && prev.ok && cur.ok && pp.r * prev.r > 0.0 && prev.r * cur.r > 0.0) {
-            const double sgn = prev.r > 0.0 ? 1.0 : -1.0;
-            if (sgn * (prev.r - pp.r) < 0.0 && sgn * (cur.r - prev.r) > 0.0) {
-                const double curv = cur.r - 2.0 * prev.r + pp.r;
-                const double est = prev.r - (cur.r - pp.r) * (cur.r - pp.r) / (8.0 * curv);
-                if (est * sgn <= 0.0 || std::fabs(est) < 0.5 * std::fabs(prev.r)) {
-                    double a = pp.x, b = cur.x;
-                    const double g = 0.3819660112501051;
-                    for (int pass = 0; pass < PAIR_PASSES; ++pass) {
-                        const double m1 = a + g * (b - a), m2 = b - g * (b - a);
-                        double r1 = 0.0, r2 = 0.0;
-                        const bool ok1 = f(m1, r1, scratch), ok2 = f(m2, r2, scratch);
-                        if (!ok1 || !ok2) break;
-                        if (r1 * sgn < 0.0 || r2 * sgn < 0.0) {
-                            const double m = r1 * sgn < 0.0 ? m1 : m2;
-                            const double rm = r1 * sgn < 0.0 ? r1 : r2;
-                            add(closeBracket(f, pp.x, pp.r, m, rm));
-                            add(closeBracket(f, m, rm, cur.x, cur.r));
-                            break;
-                        }
-                        if (r1 * sgn < r2 * sgn)
-                            b = m2;
-                        else
-                            a = m1;
-                    }
-                }
+        const double x = step * i;
+        if (special > x - step && special < x) {
+            for (int k = 1; k <= CLUSTER; ++k) {
+                const double xk = special - step * std::ldexp(1.0, -k);
+                if (xk > x - step) xs[nx++] = xk;
+            }
+            xs[nx++] = special;
+            for (int k = CLUSTER; k >= 1; --k) {
+                const double xk = special + step * std::ldexp(1.0, -k);
+                if (xk < x) xs[nx++] = xk;
             }
         }
-        pp = prev;
-        prev = cur;
+        xs[nx++] = x;
+    }
+    for (int i = 0; i < nx; ++i) {
+        Sample cur;
+        cur.x = xs[i];
+        cur.ok = f(cur.x, cur.r, scratch) && std::isfinite(cur.r);
+        if (i > 0 && cur.ok != grid.ok) {
+            Sample edge = cur.ok ? cur : grid;
+            double out = cur.ok ? grid.x : cur.x;
+            for (int pass = 0; pass < EDGE_PASSES; ++pass) {
+                const double mid = 0.5 * (edge.x + out);
+                double r = 0.0;
+                if (f(mid, r, scratch) && std::isfinite(r))
+                    edge.x = mid, edge.r = r;
+                else
+                    out = mid;
+            }
+            edge.edge = true;
+            if (edge.x != cur.x && edge.x != grid.x) push(edge);
+        }
+        push(cur);
+        grid = cur;
     }
     return count;
 }
@@ -234,10 +292,17 @@ bool rebuild(const Align& g, const Givens& giv, Path& p) {
     return true;
 }
 
-/// x in [0, 1) to the half-angle tangent x / (1 - x), with the cosine of the angle.
-void halfAngle(double x, double& tau, double& c) {
-    tau = x / (1.0 - x);
-    c = (1.0 - tau * tau) / (1.0 + tau * tau);
+/// x in [0, 1) to the half-angle tangent x / (1 - x).
+double halfAngle(double x) {
+    return x / (1.0 - x);
+}
+
+/// tan((a - d) / 2) for a the angle from t0 to u and d the angle of half-angle tangent tau: the
+/// residual of a first arc of given curvature, bounded and as well conditioned for small arcs as
+/// for large ones (a cosine difference is flat at zero).
+double angleGap(V3 t0, V3 u, double tau) {
+    const double ta = norm(cross(t0, u)) / (1.0 + dot(t0, u));
+    return (ta - tau) / (1.0 + ta * tau);
 }
 
 /// The residuals of the methods (see the head of the file). Each fills the candidate's u, X, T1, T2
@@ -252,8 +317,7 @@ struct Residuals {
     /// length sqrt(rho^2 - R2^2) (none when M1 is inside the circle), the backward direction at the
     /// touching point is ((L p - R2 y), (L y + R2 p)) / rho^2; the second dogleg is its angle from e.
     bool chc(double x, double& r, Path& p) const {
-        double tau1 = 0.0, c1 = 0.0;
-        halfAngle(x, tau1, c1);
+        const double tau1 = halfAngle(x);
         const double R2 = 1.0 / giv.K2;
         p.T1 = tau1 / giv.K1;
         const V3 w = g.P0 + p.T1 * g.t0 - g.X;
@@ -271,7 +335,7 @@ struct Residuals {
         p.X = g.X;
         p.H = L - p.T1;
         p.T2 = vy >= 0.0 ? R2 * vy / (1.0 + vx) : -1.0;  // a second arc beyond pi is no solution
-        r = dot(g.t0, p.u) - c1;
+        r = angleGap(g.t0, p.u, tau1);
         return true;
     }
 
@@ -294,10 +358,9 @@ struct Residuals {
 
     /// 1960 (and 1970 backwards): the first curvature given.
     bool cd1(double x, double& r, Path& p) const {
-        double tau1 = 0.0, c1 = 0.0;
-        halfAngle(x, tau1, c1);
+        const double tau1 = halfAngle(x);
         if (!second(tau1 / giv.K1, 0.0, p)) return false;
-        r = dot(g.t0, p.u) - c1;
+        r = angleGap(g.t0, p.u, tau1);
         return true;
     }
 
@@ -309,32 +372,30 @@ struct Residuals {
         return true;
     }
 
-    /// 2950: the hold from depth V5 to V6.
+    /// 2950: the hold from depth V5 to V6. With z the hold's vertical part, tvd(A) = V5 gives
+    /// T1 = (V5 - P0.tvd) / (t0.v + z) and tvd(B) = V6 gives T2 = (X.tvd - V6) / (z + t1.v); the hold
+    /// then runs from M1 to M2 = X - T2 t1 and must have that vertical part. z covers [-1, 1].
     bool tvd(double x, double& r, Path& p) const {
-        const double T1 = g.D * x / (1.0 - x);
-        if (!(T1 > 0.0)) return false;
-        const V3 M1 = g.P0 + T1 * g.t0;
-        const double uv = (giv.V5 - M1.v) / T1;
-        if (!(std::fabs(uv) <= 1.0)) return false;
-        const double den = g.t1.v + uv;
-        if (!is_nonzero(den)) return false;
-        p.T1 = T1;
-        p.T2 = (g.X.v - giv.V6) / den;
-        const V3 w = g.X - p.T2 * g.t1 - M1;
+        const double z = 2.0 * x / X_END - 1.0;
+        const double den1 = g.t0.v + z, den2 = g.t1.v + z;
+        if (!is_nonzero(den1) || !is_nonzero(den2)) return false;
+        p.T1 = (giv.V5 - g.P0.v) / den1;
+        p.T2 = (g.X.v - giv.V6) / den2;
+        if (!(p.T1 > 0.0 && p.T2 > 0.0)) return false;
+        const V3 w = g.X - p.T2 * g.t1 - (g.P0 + p.T1 * g.t0);
         const double S = norm(w);
         if (!(S > TOL_ZERO)) return false;
         p.u = (1.0 / S) * w;
         p.X = g.X;
         p.H = S - p.T1 - p.T2;
-        r = p.u.v - uv;
+        r = p.u.v - z;
         return true;
     }
 
     /// 1950: the landing of one curvature K = K1 = K2 on the line X + k t1; `branch` picks the
     /// smaller (0) or larger (1) root tau of (h - 2R) tau^2 - 2 T1 tau + h = 0.
     bool land(double x, double& r, Path& p, int branch) const {
-        double tau1 = 0.0, c1 = 0.0;
-        halfAngle(x, tau1, c1);
+        const double tau1 = halfAngle(x);
         const double R = 1.0 / giv.K1;
         p.T1 = R * tau1;
         const V3 w0 = g.X - (g.P0 + p.T1 * g.t0);
@@ -361,10 +422,23 @@ struct Residuals {
         const double k = h * c2 / s2 + p.T2 - along;
         p.X = g.X + k * g.t1;
         p.H = 0.0;
-        r = dot(g.t0, p.u) - c1;
+        r = angleGap(g.t0, p.u, tau1);
         return true;
     }
 };
+
+/// The scan parameter x (tangent length R tan(d1/2), R = 1/K1) at which the first arc's tangent
+/// meeting point P0 + T1 t0 comes nearest to the line through X along t1; -1 when that is behind the
+/// start or the two lines are parallel (then the distance changes slowly everywhere).
+double nearestApproach(const Align& g, double K1) {
+    const double c = dot(g.t0, g.t1), den = 1.0 - c * c;
+    if (!(den > TOL_ZERO)) return -1.0;
+    const V3 w = g.X - g.P0;
+    const double T = (dot(w, g.t0) - c * dot(w, g.t1)) / den;
+    if (!(T > 0.0)) return -1.0;
+    const double tau = T * K1;
+    return tau / (1.0 + tau);
+}
 
 /// The shortest valid path of the method, or false when there is none.
 bool solveAlign(const Align& g, const Givens& giv, Path& best) {
@@ -377,8 +451,8 @@ bool solveAlign(const Align& g, const Givens& giv, Path& best) {
             found = true;
         }
     };
-    auto run = [&](const auto& f) {
-        const int count = scanRoots(f, roots);
+    auto run = [&](const auto& f, double special) {
+        const int count = scanRoots(f, roots, special);
         for (int i = 0; i < count; ++i) {
             Path p;
             double r = 0.0;
@@ -386,14 +460,20 @@ bool solveAlign(const Align& g, const Givens& giv, Path& best) {
         }
     };
     switch (giv.code) {
-    case 2910: run([&res](double x, double& r, Path& p) { return res.chc(x, r, p); }); break;
+    case 2910:
+        run([&res](double x, double& r, Path& p) { return res.chc(x, r, p); },
+            nearestApproach(g, giv.K1));
+        break;
     case 1940:
-    case 2940: run([&res](double x, double& r, Path& p) { return res.equal(x, r, p); }); break;
-    case 2950: run([&res](double x, double& r, Path& p) { return res.tvd(x, r, p); }); break;
-    case 1960: run([&res](double x, double& r, Path& p) { return res.cd1(x, r, p); }); break;
+    case 2940:
+        run([&res](double x, double& r, Path& p) { return res.equal(x, r, p); }, -1.0);
+        break;
+    case 2950: run([&res](double x, double& r, Path& p) { return res.tvd(x, r, p); }, -1.0); break;
+    case 1960: run([&res](double x, double& r, Path& p) { return res.cd1(x, r, p); }, -1.0); break;
     case 1950:
         for (int branch = 0; branch < 2; ++branch)
-            run([&res, branch](double x, double& r, Path& p) { return res.land(x, r, p, branch); });
+            run([&res, branch](double x, double& r, Path& p) { return res.land(x, r, p, branch); },
+                nearestApproach(g, giv.K1));
         break;
     default: break;
     }
