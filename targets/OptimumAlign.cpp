@@ -63,6 +63,8 @@ constexpr int EDGE_PASSES = 46;
 /// tangent meeting point passes close to the arrival line, the plane of the second arc turns over
 /// within a short stretch and the roots crowd there.
 constexpr int CLUSTER = 24;
+/// A nearest approach further than this many grid steps (in tangent length) needs no cluster.
+constexpr double CLUSTER_NEAR = 4.0;
 /// Most roots kept from one scan; no method's residual comes near it.
 constexpr int MAX_ROOTS = 24;
 
@@ -126,8 +128,9 @@ struct Path {
 };
 
 /// Regula falsi (Illinois) on a bracket [a, b] of f, f(a) f(b) < 0; an undefined or NaN value
-/// falls back to bisection. Stops at a zero, when the bracket is below 1e-15 (the scalar lives in
-/// [0, 1]) or after MAX_PASSES.
+/// falls back to bisection. Stops when the residual (an angle or a pure number of that size) is
+/// within SOLVE_ANG of zero, when the bracket is below 1e-15 (the scalar lives in [0, 1]) or after
+/// MAX_PASSES; the rebuilt path is judged afterwards whatever the stop.
 template <typename F>
 double closeBracket(const F& f, double a, double fa, double b, double fb) {
     Path scratch;
@@ -139,7 +142,7 @@ double closeBracket(const F& f, double a, double fa, double b, double fb) {
             c = 0.5 * (a + b);
             if (!f(c, fc, scratch) || !std::isfinite(fc)) return c;
         }
-        if (fc == 0.0) return c;
+        if (!(std::fabs(fc) > SOLVE_ANG)) return c;
         if (fc * fb < 0.0) {
             a = b;
             fa = fb;
@@ -153,6 +156,13 @@ double closeBracket(const F& f, double a, double fa, double b, double fb) {
     return b;
 }
 
+/// A point of the scan to close in on (x < 0: none), with samples at 2^-1 ... 2^-levels of a grid
+/// step on each side of it.
+struct Special {
+    double x;
+    int levels;
+};
+
 /// Every root of f(x, r, path) over [0, X_END] into roots[0 .. count). f returns false where the
 /// residual is undefined; no bracket spans such a sample.
 /// The samples, in order, are the grid points and the edges of the ranges where the residual is
@@ -165,7 +175,7 @@ double closeBracket(const F& f, double a, double fa, double b, double fb) {
 /// an edge, where the residual bends like a square root and no parabola says how far, is always
 /// searched so.
 template <typename F>
-int scanRoots(const F& f, double* roots, double special) {
+int scanRoots(const F& f, double* roots, Special special) {
     int count = 0;
     auto add = [&](double x) {
         if (count < MAX_ROOTS) roots[count++] = x;
@@ -223,23 +233,32 @@ int scanRoots(const F& f, double* roots, double special) {
     const double step = X_END / ALIGN_SAMPLES;
     for (int i = 0; i <= ALIGN_SAMPLES; ++i) {
         const double x = step * i;
-        if (special > x - step && special < x) {
-            for (int k = 1; k <= CLUSTER; ++k) {
-                const double xk = special - step * std::ldexp(1.0, -k);
+        if (special.x > x - step && special.x < x) {
+            for (int k = 1; k <= special.levels; ++k) {
+                const double xk = special.x - step * std::ldexp(1.0, -k);
                 if (xk > x - step) xs[nx++] = xk;
             }
-            xs[nx++] = special;
-            for (int k = CLUSTER; k >= 1; --k) {
-                const double xk = special + step * std::ldexp(1.0, -k);
+            xs[nx++] = special.x;
+            for (int k = special.levels; k >= 1; --k) {
+                const double xk = special.x + step * std::ldexp(1.0, -k);
                 if (xk < x) xs[nx++] = xk;
             }
         }
         xs[nx++] = x;
     }
+    // The samples are independent of each other: evaluated first, in one loop, they overlap in
+    // the processor (each alone is a chain of square roots and divisions).
+    double rs[sizeof xs / sizeof xs[0]];
+    bool oks[sizeof xs / sizeof xs[0]];
+    for (int i = 0; i < nx; ++i) {
+        Path own;
+        oks[i] = f(xs[i], rs[i], own) && std::isfinite(rs[i]);
+    }
     for (int i = 0; i < nx; ++i) {
         Sample cur;
         cur.x = xs[i];
-        cur.ok = f(cur.x, cur.r, scratch) && std::isfinite(cur.r);
+        cur.r = rs[i];
+        cur.ok = oks[i];
         if (i > 0 && cur.ok != grid.ok) {
             Sample edge = cur.ok ? cur : grid;
             double out = cur.ok ? grid.x : cur.x;
@@ -301,8 +320,9 @@ double halfAngle(double x) {
 /// residual of a first arc of given curvature, bounded and as well conditioned for small arcs as
 /// for large ones (a cosine difference is flat at zero).
 double angleGap(V3 t0, V3 u, double tau) {
-    const double ta = norm(cross(t0, u)) / (1.0 + dot(t0, u));
-    return (ta - tau) / (1.0 + ta * tau);
+    // tan(a/2) = s / (1 + c) with s, c the sine and cosine of a; one division for the difference.
+    const double c1 = 1.0 + dot(t0, u), s = norm(cross(t0, u));
+    return (s - tau * c1) / (c1 + tau * s);
 }
 
 /// The residuals of the methods (see the head of the file). Each fills the candidate's u, X, T1, T2
@@ -328,13 +348,17 @@ struct Residuals {
         const double y = h - R2;
         const double rho2 = ahead * ahead + y * y;
         const double L2 = rho2 - R2 * R2;
-        if (!(L2 >= 0.0) || !(rho2 > 0.0)) return false;
-        const double L = std::sqrt(L2);
-        const double vx = (L * ahead - R2 * y) / rho2, vy = (L * y + R2 * ahead) / rho2;
+        if (!(rho2 > 0.0)) return false;
+        // Inside the circle there is no tangent: the residual is carried on with L = 0 (the
+        // direction normalised), continuous across the circle, and the candidate marked invalid.
+        const double L = L2 > 0.0 ? std::sqrt(L2) : 0.0;
+        const double k = L2 > 0.0 ? 1.0 / rho2 : 1.0 / (R2 * std::sqrt(rho2));
+        const double vx = k * (L * ahead - R2 * y), vy = k * (L * y + R2 * ahead);
         p.u = vx * g.t1 - vy * m;
         p.X = g.X;
         p.H = L - p.T1;
-        p.T2 = vy >= 0.0 ? R2 * vy / (1.0 + vx) : -1.0;  // a second arc beyond pi is no solution
+        // A second arc beyond pi, or no tangent at all, is no solution.
+        p.T2 = vy >= 0.0 && L2 >= 0.0 ? R2 * vy / (1.0 + vx) : -1.0;
         r = angleGap(g.t0, p.u, tau1);
         return true;
     }
@@ -428,16 +452,26 @@ struct Residuals {
 };
 
 /// The scan parameter x (tangent length R tan(d1/2), R = 1/K1) at which the first arc's tangent
-/// meeting point P0 + T1 t0 comes nearest to the line through X along t1; -1 when that is behind the
-/// start or the two lines are parallel (then the distance changes slowly everywhere).
-double nearestApproach(const Align& g, double K1) {
+/// meeting point P0 + T1 t0 comes nearest to the line through X along t1, when it comes near enough
+/// for the second arc's plane to turn over between two grid samples (nearer than CLUSTER_NEAR grid
+/// steps of T1 there), with as many levels of samples as close in from a grid step to the miss
+/// distance and three more (at most CLUSTER). None when the lines do not come that near, when the
+/// nearest point is behind the start or the two lines are parallel (then the distance changes
+/// slowly everywhere).
+Special nearestApproach(const Align& g, double K1) {
+    const Special none{-1.0, 0};
     const double c = dot(g.t0, g.t1), den = 1.0 - c * c;
-    if (!(den > TOL_ZERO)) return -1.0;
+    if (!(den > TOL_ZERO)) return none;
     const V3 w = g.X - g.P0;
     const double T = (dot(w, g.t0) - c * dot(w, g.t1)) / den;
-    if (!(T > 0.0)) return -1.0;
-    const double tau = T * K1;
-    return tau / (1.0 + tau);
+    if (!(T > 0.0)) return none;
+    const double lambda = T * c - dot(w, g.t1);
+    const double miss = norm(g.P0 + T * g.t0 - (g.X + lambda * g.t1));
+    const double tau = T * K1, x = tau / (1.0 + tau);
+    const double gridStep = (X_END / ALIGN_SAMPLES) / ((1.0 - x) * (1.0 - x) * K1);
+    if (!(miss < CLUSTER_NEAR * gridStep)) return none;
+    const double levels = miss > 0.0 ? std::ceil(std::log2(gridStep / miss)) + 3.0 : CLUSTER;
+    return {x, static_cast<int>(std::fmin(std::fmax(levels, 1.0), CLUSTER))};
 }
 
 /// The shortest valid path of the method, or false when there is none.
@@ -451,7 +485,7 @@ bool solveAlign(const Align& g, const Givens& giv, Path& best) {
             found = true;
         }
     };
-    auto run = [&](const auto& f, double special) {
+    auto run = [&](const auto& f, Special special) {
         const int count = scanRoots(f, roots, special);
         for (int i = 0; i < count; ++i) {
             Path p;
@@ -466,10 +500,14 @@ bool solveAlign(const Align& g, const Givens& giv, Path& best) {
         break;
     case 1940:
     case 2940:
-        run([&res](double x, double& r, Path& p) { return res.equal(x, r, p); }, -1.0);
+        run([&res](double x, double& r, Path& p) { return res.equal(x, r, p); }, Special{-1.0, 0});
         break;
-    case 2950: run([&res](double x, double& r, Path& p) { return res.tvd(x, r, p); }, -1.0); break;
-    case 1960: run([&res](double x, double& r, Path& p) { return res.cd1(x, r, p); }, -1.0); break;
+    case 2950:
+        run([&res](double x, double& r, Path& p) { return res.tvd(x, r, p); }, Special{-1.0, 0});
+        break;
+    case 1960:
+        run([&res](double x, double& r, Path& p) { return res.cd1(x, r, p); }, Special{-1.0, 0});
+        break;
     case 1950:
         for (int branch = 0; branch < 2; ++branch)
             run([&res, branch](double x, double& r, Path& p) { return res.land(x, r, p, branch); },
