@@ -51,6 +51,9 @@ namespace {
 /// come closer than one step are caught by the search at turning points, so the figure sets speed,
 /// not what is found.
 constexpr int ALIGN_SAMPLES = 48;
+/// Samples of the methods other than 2910, whose residuals bend more (a landing's quadratic, a
+/// solved curvature) and which no one solves in a tight loop.
+constexpr int FINE_SAMPLES = 4 * ALIGN_SAMPLES;
 /// The scan's parameter x runs over [0, X_END]; the scalar is x / (1 - x) (times R1 or |X - P0|), so
 /// arcs reach pi - 2e-6 and tangent lengths 1e6 |X - P0|.
 constexpr double X_END = 1.0 - 1e-6;
@@ -174,7 +177,7 @@ struct Special {
 /// golden-section search for the residual's extreme over the two intervals decides, and a crossing found gives two brackets. An interval that ends at
 /// an edge, where the residual bends like a square root and no parabola says how far, is always
 /// searched so.
-template <typename F>
+template <int Samples, typename F>
 int scanRoots(const F& f, double* roots, Special special) {
     int count = 0;
     auto add = [&](double x) {
@@ -228,10 +231,10 @@ int scanRoots(const F& f, double* roots, Special special) {
         last = c;
     };
     // The grid, with a cluster of samples closing in on the special point from both sides.
-    double xs[ALIGN_SAMPLES + 2 * CLUSTER + 2];
+    double xs[Samples + 2 * CLUSTER + 2];
     int nx = 0;
-    const double step = X_END / ALIGN_SAMPLES;
-    for (int i = 0; i <= ALIGN_SAMPLES; ++i) {
+    const double step = X_END / Samples;
+    for (int i = 0; i <= Samples; ++i) {
         const double x = step * i;
         if (special.x > x - step && special.x < x) {
             for (int k = 1; k <= special.levels; ++k) {
@@ -458,7 +461,7 @@ struct Residuals {
 /// distance and three more (at most CLUSTER). None when the lines do not come that near, when the
 /// nearest point is behind the start or the two lines are parallel (then the distance changes
 /// slowly everywhere).
-Special nearestApproach(const Align& g, double K1) {
+Special nearestApproach(const Align& g, double K1, int samples) {
     const Special none{-1.0, 0};
     const double c = dot(g.t0, g.t1), den = 1.0 - c * c;
     if (!(den > TOL_ZERO)) return none;
@@ -468,7 +471,7 @@ Special nearestApproach(const Align& g, double K1) {
     const double lambda = T * c - dot(w, g.t1);
     const double miss = norm(g.P0 + T * g.t0 - (g.X + lambda * g.t1));
     const double tau = T * K1, x = tau / (1.0 + tau);
-    const double gridStep = (X_END / ALIGN_SAMPLES) / ((1.0 - x) * (1.0 - x) * K1);
+    const double gridStep = (X_END / samples) / ((1.0 - x) * (1.0 - x) * K1);
     if (!(miss < CLUSTER_NEAR * gridStep)) return none;
     const double levels = miss > 0.0 ? std::ceil(std::log2(gridStep / miss)) + 3.0 : CLUSTER;
     return {x, static_cast<int>(std::fmin(std::fmax(levels, 1.0), CLUSTER))};
@@ -485,8 +488,11 @@ bool solveAlign(const Align& g, const Givens& giv, Path& best) {
             found = true;
         }
     };
+    const bool fine = giv.code != 2910;
+    const int samples = fine ? FINE_SAMPLES : ALIGN_SAMPLES;
     auto run = [&](const auto& f, Special special) {
-        const int count = scanRoots(f, roots, special);
+        const int count = fine ? scanRoots<FINE_SAMPLES>(f, roots, special)
+                               : scanRoots<ALIGN_SAMPLES>(f, roots, special);
         for (int i = 0; i < count; ++i) {
             Path p;
             double r = 0.0;
@@ -496,7 +502,7 @@ bool solveAlign(const Align& g, const Givens& giv, Path& best) {
     switch (giv.code) {
     case 2910:
         run([&res](double x, double& r, Path& p) { return res.chc(x, r, p); },
-            nearestApproach(g, giv.K1));
+            nearestApproach(g, giv.K1, samples));
         break;
     case 1940:
     case 2940:
@@ -511,7 +517,7 @@ bool solveAlign(const Align& g, const Givens& giv, Path& best) {
     case 1950:
         for (int branch = 0; branch < 2; ++branch)
             run([&res, branch](double x, double& r, Path& p) { return res.land(x, r, p, branch); },
-                nearestApproach(g, giv.K1));
+                nearestApproach(g, giv.K1, samples));
         break;
     default: break;
     }
