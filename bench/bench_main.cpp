@@ -120,7 +120,7 @@ void BM_OptimumAlign(benchmark::State& state) {
     plan.m_nTargetMethod = 1;
     plan.m_dMethodParam1 = 1.0 / 1250.0;
     plan.m_dMethodParam2 = 1.0 / 1750.0;
-    plan.m_target.name = u"T";
+    plan.m_target.name = u"T1";
     plan.m_target.tvd = 6500.0, plan.m_target.ns = 9500.0, plan.m_target.ew = 8800.0;
     plan.m_target.inc = 85 * kDeg, plan.m_target.azi = 30 * kDeg, plan.m_target.hasAngles = true;
     plan.PutData(-1);
