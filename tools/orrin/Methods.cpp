@@ -84,6 +84,24 @@ const std::vector<MethodSpec> kMethods = {
     {920, 120, 0, 1, 0, "", nullptr, "target", "one arc to the target", true},
     {930, 120, 0, 2, 0, "", nullptr, "target md",
      "one arc of a course length to the target's north and east; depth solved", true},
+    // Optimum align (family 110) and horizontal landing (family 140): two arcs, with or without a
+    // hold between them, to a target reached with its arrival "inc" and "azi" (a landing: onto the
+    // horizontal line through the target at "azi"); the shortest such path.
+    {2910, 110, 0, 1, 0, "", nullptr, "target dls1 dls2",
+     "arc, hold, arc of given severities to the target with its arrival direction", true},
+    {2940, 110, 0, 4, 0, "", nullptr, "target tangent",
+     "arc, hold of a given length, arc of one solved severity, with the arrival direction", true},
+    {2950, 110, 0, 5, 0, "", nullptr, "target tvd1 tvd2",
+     "arc, hold from vertical depth tvd1 to tvd2, arc, with the arrival direction", true},
+    {1940, 110, 0, 8, 0, "", nullptr, "target",
+     "two arcs of one solved severity to the target with its arrival direction", true},
+    {1960, 110, 0, 6, 0, "", nullptr, "target dls1",
+     "two arcs, the first of a given severity, to the target with its arrival direction", true},
+    {1970, 110, 0, 7, 0, "", nullptr, "target dls2",
+     "two arcs, the second of a given severity, to the target with its arrival direction", true},
+    {1950, 140, 0, 0, 0, "", nullptr, "target dls azi",
+     "two arcs of a severity landing horizontally at azimuth azi on the line through the target",
+     true},
     // Not solved by the library yet: named so that a plan naming them gets a clear answer.
     {2930, 45, 0, 2, 0, "", nullptr, "", "", false},
     {1915, 55, 0, 0, 0, "", nullptr, "", "", false},
@@ -92,13 +110,6 @@ const std::vector<MethodSpec> kMethods = {
     {935, 125, 0, 2, 0, "", nullptr, "", "", false},
     {1930, 130, 0, 0, 0, "", nullptr, "", "", false},
     {1935, 135, 0, 0, 0, "", nullptr, "", "", false},
-    {1950, 140, 0, 0, 0, "", nullptr, "", "", false},
-    {2910, 110, 0, 1, 0, "", nullptr, "", "", false},
-    {2940, 110, 0, 4, 0, "", nullptr, "", "", false},
-    {2950, 110, 0, 5, 0, "", nullptr, "", "", false},
-    {1960, 110, 0, 6, 0, "", nullptr, "", "", false},
-    {1970, 110, 0, 7, 0, "", nullptr, "", "", false},
-    {1940, 110, 0, 8, 0, "", nullptr, "", "", false},
     // Backward lines (family 150): solved from their target, reached with its arrival angles, back
     // to a start given by one quantity; the forward target line before one aims at that start.
     {-20, 150, 2, 0, 0, "", nullptr, "target dls tf md",
@@ -181,7 +192,9 @@ const char* familyLabel(int family) {
     case 80: return "Curve and tangent to target";
     case 90: return "Inclination/azimuth and DLS";
     case 100: return "DLS and toolface";
+    case 110: return "Optimum align";
     case 120: return "Single curve to target";
+    case 140: return "Horizontal landing";
     case 150: return "Backward line";
     default: return "Target method";
     }
@@ -200,13 +213,14 @@ int familyOfCode(int code) {
 
 FieldKind fieldKind(const std::string& field) {
     if (field == "md" || field == "tvd" || field == "kickoff" || field == "tangent" ||
-        field == "final_hold" || field == "north" || field == "east")
+        field == "final_hold" || field == "north" || field == "east" || field == "tvd1" ||
+        field == "tvd2")
         return FieldKind::Length;
     if (field == "inc" || field == "azi" || field == "tf" || field == "hold_inc" ||
         field == "final_inc" || field == "azimuth")
         return FieldKind::Angle;
     if (field == "dls" || field == "build" || field == "turn" || field == "build_dls" ||
-        field == "drop_dls" || field == "rate")
+        field == "drop_dls" || field == "rate" || field == "dls1" || field == "dls2")
         return FieldKind::Rate;
     if (field == "target" || field == "back_target" || field == "variant" || field == "note")
         return FieldKind::Text;

@@ -278,10 +278,13 @@ std::string methodsText() {
     wrapped += row + "\n";
     text += "\nNot available yet (the library does not solve them):\n" + wrapped;
     text +=
-        "\nInputs: md tvd kickoff tangent final_hold in the plan's length unit; inc azi tf "
-        "hold_inc\n"
-        "final_inc in degrees; dls build turn build_dls drop_dls per 100 ft or per 30 m; target a\n"
-        "target's name; solve the two profile parameters to solve for; a|b takes one of the two.\n";
+        "\nInputs: md tvd tvd1 tvd2 kickoff tangent final_hold in the plan's length unit; inc azi "
+        "tf\n"
+        "hold_inc final_inc in degrees; dls dls1 dls2 build turn build_dls drop_dls per 100 ft or "
+        "per\n"
+        "30 m; target a target's name; solve the two profile parameters to solve for; a|b takes "
+        "one\n"
+        "of the two.\n";
     return text;
 }
 
