@@ -19,25 +19,40 @@
 //     X - P0 = T1 t0 + (T1 + H + T2) u + T2 t1,    cos d1 = t0 . u,   cos d2 = u . t1.
 // Each method fixes two of the unknowns (severities, hold, depths), and once one scalar is chosen the
 // rest follows in closed form; the scalar is the first arc's half-angle tangent when its severity is
-// given, else its tangent length T1:
+// given, else its tangent length T1 (2950: the hold's vertical part):
 //   2910  T1 = R1 tan(d1/2): the second arc and the hold are the tangent from M1 to the circle of
 //         radius R2 that leaves X backwards along -t1, in the plane of t1 and M1 - X (the only plane
-//         that holds both); the residual is t0 . u - cos d1.
+//         that holds both; the arc cannot curve away from M1 and still point at it within pi).
+//         Inside that circle there is no tangent: the residual is carried on continuously there and
+//         such candidates are invalid.
 //   1960  T1 = R1 tan(d1/2): |X - M1 - T2 t1| = T1 + T2 gives T2 = (|w|^2 - T1^2) / (2 (w . t1 + T1)),
-//         w = X - M1; residual t0 . u - cos d1. 1970 is 1960 solved backwards from the target.
+//         w = X - M1. 1970 is 1960 solved backwards from the target.
 //   1940, 2940  T1 free: as 1960 with T1 + H in place of T1; the residual is the difference of the
 //         two curvatures tan(d/2) / T (times |X - P0|, to make it a pure number).
 //   2950  the hold's vertical part z: tvd(A) = P5 gives T1, tvd(B) = P6 gives T2, and u must be the
 //         direction from M1 to M2 = X - T2 t1; residual the difference of the two vertical parts.
 //   1950  T1 = R tan(d1/2): the second arc from u onto the line, of the same radius, lands where
-//         (h - 2R) tau^2 - 2 T1 tau + h = 0, tau = tan(d2/2) and h the distance from M1 to the line's
-//         vertical plane through it; both roots are followed. Residual t0 . u - cos d1.
-// Every root of the residual over the whole range of the scalar (arcs up to pi) is found: a scan of
-// ALIGN_SAMPLES samples, each sign change closed by regula falsi (Illinois), and each sample where
-// the residual turns back towards zero without reaching it searched for a hidden pair of roots. Each
-// root is rebuilt from its hold direction alone and kept only when it is valid (doglegs in [0, pi),
-// hold >= 0, solved severities above the zero test, the rebuilt path closing on its end within
-// TOL_CLOSE and meeting the method's givens); the shortest valid path is the solution.
+//         (h - 2R) tau^2 - 2 T1 tau + h = 0, tau = tan(d2/2) and h the distance from M1 to the line;
+//         both roots are followed.
+// Where the first arc's severity is given the residual is tan((a - d1)/2), a the angle from t0 to u:
+// as well conditioned for small arcs as for large (a difference of cosines is flat at zero).
+// Every root of the residual over the whole range of the scalar (arcs up to pi) is sought: a scan,
+// each sign change closed by regula falsi (Illinois), the edges of the range where the residual is
+// defined found by bisection, and where the residual turns back towards zero, or runs into an edge,
+// a search for a hidden pair of roots; where M1 passes close to the arrival line (2910, 1950) the
+// second arc's plane turns over quickly and the scan closes in there. Each root is rebuilt from its
+// hold direction alone and kept only when it is valid; the shortest valid path is the solution.
+//
+// Readings taken where the rules read two ways:
+//   - An arc of given severity may have a zero dogleg (it is a part of zero length); an arc whose
+//     severity is solved must turn (dogleg above the zero test), or its severity is undefined.
+//   - A part of zero length repeats the station before it with zero rates, its dls 0 as well, even
+//     where the line's severity is given.
+//   - A severity given negative is read as its magnitude, as putm1d stores severities.
+//   - 2940 fails for a tangent below zero; a tangent of exactly zero is a curve-curve of one severity.
+//   - 1950 does not test the target against the start (the target is only a point of the line); "on
+//     the line" is within the zero test of it.
+//   - 2950 stores the solved depths of the hold's ends (within TOL_CLOSE of P5, P6), not P5, P6.
 #include <cmath>
 
 #include "geometry/Numerics.h"
