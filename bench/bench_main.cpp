@@ -284,6 +284,40 @@ BENCHMARK(BM_TargetLine)
     ->Arg(2930)
     ->Unit(benchmark::kMicrosecond);
 
+/// One curve-hold-curve solve ("OPT AL DLS") of the published example (SPE-204111-PA, 2021,
+/// Example 2): start 75/15 deg, target 1500 ft north and 800 ft east of it, 500 ft deeper, reached at
+/// 85/30 deg with radii 1250 and 1750 ft. The line is put once; each iteration solves it again from
+/// the start station as the dispatch prepares it.
+void BM_OptimumAlign(benchmark::State& state) {
+    CPlan plan;
+    plan.NewData(10);
+    SStation tie;
+    tie.tvd = 6000.0, tie.ns = 8000.0, tie.ew = 8000.0, tie.inc = 75 * kDeg, tie.azi = 15 * kDeg;
+    tie.method = 2;
+    plan.LoadData(0, tie);
+    plan.m_nFamily = 110;
+    plan.m_nTargetMethod = 1;
+    plan.m_dMethodParam1 = 1.0 / 1250.0;
+    plan.m_dMethodParam2 = 1.0 / 1750.0;
+    plan.m_target.name = u"T1";
+    plan.m_target.tvd = 6500.0, plan.m_target.ns = 9500.0, plan.m_target.ew = 8800.0;
+    plan.m_target.inc = 85 * kDeg, plan.m_target.azi = 30 * kDeg, plan.m_target.hasAngles = true;
+    plan.PutData(-1);
+    const STarget target = plan.m_target;
+    SStation start;
+    plan.DumpData(0, start);
+    CPlan::vector(start.inc, start.azi, start.ue, start.un, start.uv);
+    for (auto _ : state) {
+        plan.m_nPrev = 0;
+        plan.m_stnPrev = start;
+        plan.m_target = target;
+        plan.meth_optdls();
+        benchmark::DoNotOptimize(plan.m_nError);
+    }
+    state.SetItemsProcessed(state.iterations());
+}
+BENCHMARK(BM_OptimumAlign);
+
 /// Prints the usual console table, then each benchmark's time per item beside the floor's.
 class RatioReporter : public benchmark::ConsoleReporter {
 public:

@@ -293,12 +293,25 @@ public:
     static int SolveSurvey(const SStation& tieOn, std::size_t count, const double* md,
                            const double* inc, const double* azi, SStation* out);
 
-    // ==== Target methods (targets/CurveToTarget.cpp, targets/Pending.cpp) ============================
+    // ==== Target methods (targets/CurveToTarget.cpp, targets/OptimumAlign.cpp) =======================
     double stagg(double tvd, double ns, double ew);
     void meth_dtsch();
+    /// "HZ Landing" (1950) of the line after m_nPrev, as meth3d prepares it: meth_horlanc with the
+    /// line's m_dMethodParam1 and m_dMethodParam4, then its two stations written.
     void meth_horlan();
+    /// "OPT AL CUR" (variant 0), "OPT AL CD1" (1) or "OPT AL CD2" (2) of the line after m_nPrev, as
+    /// meth3d prepares it (start station with its unit direction, target, settings loaded).
     void meth_optcc(int variant);
+    /// "OPT AL DLS" (2910) of the line after m_nPrev, as meth3d prepares it.
     void meth_optdls();
+    /// The horizontal landing without storing it: from m_stnPrev (its unit direction set here) two
+    /// arcs of dogleg severity |dls| [rad/L] that land on the horizontal line through m_target at
+    /// azimuth `azi` [rad], arriving along it; the shortest such path, landing either way along the
+    /// line. The end of the first arc goes into m_stnA, the landing point into m_stnC (tvd that of
+    /// the target, inc pi/2, azi `azi`; md counted from m_stnPrev.md; rates as stored lines have
+    /// them). Sets and returns m_nError: 0; -1 dls zero or no landing; -12 the start already on the
+    /// line heading along it. No stored station or cursor changes. (targets/OptimumAlign.cpp)
+    int meth_horlanc(double dls, double azi);
 
 private:
     template <typename Tag>
@@ -413,9 +426,12 @@ private:
     static SStation holdpart(const SStation& from, double H);            ///< a straight hold
     void storePart(int k, const SStation& part, short code, bool last);  ///< writes one part
 
-    // ==== Target methods still to be built (targets/Pending.cpp) ===================================
+    // ==== Optimum align and horizontal landing (targets/OptimumAlign.cpp) ===========================
     void meth_opttan();
     void meth_opttvd();
+    /// Solves (and, when `store`, writes) the line of `code`: 1940, 1960, 1970, 2910, 2940, 2950 with
+    /// their settings from m_dMethodParamN, 1950 with severity `dls` and landing azimuth `azi`.
+    int optalign(int code, double dls, double azi, bool store);
 
     // ---- Solver bookkeeping ------------------------------------------------------------------------
     /// The station whose stored record a failing line method corrected to a value that would work

@@ -279,7 +279,4 @@ TEST(Dispatch3D, StartDirectionAndUnlistedCodes) {
         EXPECT_NEAR(p.m_stnPrev.uv, r.expected.v, kAng);
         EXPECT_EQ(at(p, 1).md, 1500.0);
     }
-    const CPlan p = put(110, 1, pos(t0) + V{100.0, 100.0, 1000.0});  // "OPT AL DLS"
-    EXPECT_EQ(p.m_nError, -4);
-    EXPECT_EQ(p.m_nFirst, 1);
 }

@@ -17,110 +17,115 @@ constexpr short kSShapeCode = 1300;
 
 const std::vector<MethodSpec> kMethods = {
     // Straight holds (family 20).
-    {10, 20, 1, 0, 0, "", nullptr, "md", "hold the direction to a measured depth", true},
-    {20, 20, 2, 0, 0, "", nullptr, "tvd|target", "hold the direction to a vertical depth", true},
-    {140, 20, 3, 0, 0, "", nullptr, "target", "hold the direction to the target's vertical section",
-     true},
+    {10, 20, 1, 0, 0, "", nullptr, "md", "hold the direction to a measured depth"},
+    {20, 20, 2, 0, 0, "", nullptr, "tvd|target", "hold the direction to a vertical depth"},
+    {140, 20, 3, 0, 0, "", nullptr, "target",
+     "hold the direction to the target's vertical section"},
     // Inclination/azimuth and dogleg-severity lines (family 90).
-    {30, 90, 1, 0, 0, "", nullptr, "md inc azi", "arc to an inclination and azimuth at a depth",
-     true},
+    {30, 90, 1, 0, 0, "", nullptr, "md inc azi", "arc to an inclination and azimuth at a depth"},
     {40, 90, 2, 0, 0, "", nullptr, "tvd|target inc azi",
-     "arc to an inclination and azimuth at a vertical depth", true},
+     "arc to an inclination and azimuth at a vertical depth"},
     {50, 90, 3, 0, 0, "", nullptr, "inc azi dls",
-     "arc of a dogleg severity to an inclination and azimuth", true},
+     "arc of a dogleg severity to an inclination and azimuth"},
     {150, 90, 6, 0, 0, "", nullptr, "dls azi tvd",
-     "arc of a dogleg severity to an azimuth at a depth", true},
+     "arc of a dogleg severity to an azimuth at a depth"},
     {80, 90, 7, 0, 0, "upper", nullptr, "dls azi md",
-     "arc of a dogleg severity to an azimuth; the higher end inclination", true},
+     "arc of a dogleg severity to an azimuth; the higher end inclination"},
     {160, 90, 8, 0, 0, "lower", nullptr, "dls azi md",
-     "arc of a dogleg severity to an azimuth; the lower end inclination", true},
+     "arc of a dogleg severity to an azimuth; the lower end inclination"},
     {60, 90, 9, 0, 0, "right", nullptr, "dls inc md",
-     "arc of a dogleg severity to an inclination, turning right", true},
+     "arc of a dogleg severity to an inclination, turning right"},
     {180, 90, 10, 0, 0, "left", nullptr, "dls inc md",
-     "arc of a dogleg severity to an inclination, turning left", true},
+     "arc of a dogleg severity to an inclination, turning left"},
     {51, 90, 11, 0, 0, "", nullptr, "inc azi dls",
-     "constant-toolface curve to an inclination and azimuth", true},
+     "constant-toolface curve to an inclination and azimuth"},
     // Dogleg severity and toolface with one end angle (family 100).
     {70, 100, 2, 0, 0, "", "DLS TF Inc MD", "dls tf inc md",
-     "arc of a dogleg severity and toolface reaching an inclination", true},
+     "arc of a dogleg severity and toolface reaching an inclination"},
     {90, 100, 4, 0, 0, "", "DLS TF Azi MD", "dls tf azi md",
-     "arc of a dogleg severity and toolface reaching an azimuth", true},
+     "arc of a dogleg severity and toolface reaching an azimuth"},
     // Drop/turn arcs and constant-toolface curves (family 30).
-    {100, 30, 1, 0, 0, "", nullptr, "dls tf md", "arc of a dogleg severity and toolface to a depth",
-     true},
+    {100, 30, 1, 0, 0, "", nullptr, "dls tf md",
+     "arc of a dogleg severity and toolface to a depth"},
     {110, 30, 2, 0, 0, "", nullptr, "dls tf tvd|target",
-     "arc of a dogleg severity and toolface to a vertical depth", true},
+     "arc of a dogleg severity and toolface to a vertical depth"},
     {120, 30, 3, 0, 0, "", nullptr, "dls tf inc",
-     "arc of a dogleg severity and toolface to an inclination", true},
+     "arc of a dogleg severity and toolface to an inclination"},
     {130, 30, 4, 0, 0, "", nullptr, "dls tf azi",
-     "arc of a dogleg severity and toolface to an azimuth", true},
-    {101, 30, 1, 0, 1, "", nullptr, "dls tf md", "constant-toolface curve to a depth", true},
+     "arc of a dogleg severity and toolface to an azimuth"},
+    {101, 30, 1, 0, 1, "", nullptr, "dls tf md", "constant-toolface curve to a depth"},
     {111, 30, 2, 0, 1, "", nullptr, "dls tf tvd|target",
-     "constant-toolface curve to a vertical depth", true},
-    {121, 30, 3, 0, 1, "", nullptr, "dls tf inc", "constant-toolface curve to an inclination",
-     true},
+     "constant-toolface curve to a vertical depth"},
+    {121, 30, 3, 0, 1, "", nullptr, "dls tf inc", "constant-toolface curve to an inclination"},
     // "CT4 Azm." ends at the measured depth stored with the line (the library lays its curve to
     // that depth and labels the end with the azimuth), so the tool asks for both.
     {131, 30, 4, 0, 1, "", nullptr, "dls tf azi md",
-     "constant-toolface curve turning towards an azimuth, ending at the given depth", true},
+     "constant-toolface curve turning towards an azimuth, ending at the given depth"},
     // Build/turn curves (family 40).
-    {105, 40, 1, 0, 0, "", nullptr, "build turn md", "build and turn rates to a depth", true},
+    {105, 40, 1, 0, 0, "", nullptr, "build turn md", "build and turn rates to a depth"},
     {115, 40, 2, 0, 0, "", nullptr, "build turn tvd|target",
-     "build and turn rates to a vertical depth", true},
-    {125, 40, 3, 0, 0, "", nullptr, "build turn inc", "build and turn rates to an inclination",
-     true},
-    {135, 40, 4, 0, 0, "", nullptr, "build turn azi", "build and turn rates to an azimuth", true},
+     "build and turn rates to a vertical depth"},
+    {125, 40, 3, 0, 0, "", nullptr, "build turn inc", "build and turn rates to an inclination"},
+    {135, 40, 4, 0, 0, "", nullptr, "build turn azi", "build and turn rates to an azimuth"},
     // Two-dimensional profiles (families 60 and 70).
     {kSlantCode, 60, 0, 0, 0, "", nullptr, "target solve kickoff build_dls hold_inc tangent",
-     "kick-off hold, build, tangent to the target; two parameters solved", true},
+     "kick-off hold, build, tangent to the target; two parameters solved"},
     {kSShapeCode, 70, 0, 0, 0, "", nullptr,
      "target solve kickoff build_dls hold_inc tangent drop_dls final_inc final_hold",
-     "kick-off hold, build, tangent, drop, final hold to the target; two parameters solved", true},
+     "kick-off hold, build, tangent, drop, final hold to the target; two parameters solved"},
     // Curves to a target (families 50, 80, 120).
     {910, 50, 0, 0, 0, "", nullptr, "target dls inc",
-     "arc to an inclination, heading over the target", true},
-    {1910, 80, 0, 1, 0, "", nullptr, "target dls", "arc, then hold to the target", true},
-    {1920, 80, 0, 2, 0, "", nullptr, "target dls", "hold, then arc to the target", true},
-    {920, 120, 0, 1, 0, "", nullptr, "target", "one arc to the target", true},
+     "arc to an inclination, heading over the target"},
+    {1910, 80, 0, 1, 0, "", nullptr, "target dls", "arc, then hold to the target"},
+    {1920, 80, 0, 2, 0, "", nullptr, "target dls", "hold, then arc to the target"},
+    {920, 120, 0, 1, 0, "", nullptr, "target", "one arc to the target"},
     {930, 120, 0, 2, 0, "", nullptr, "target md",
-     "one arc of a course length to the target's north and east; depth solved", true},
+     "one arc of a course length to the target's north and east; depth solved"},
     // Build/turn curves and online curves to a target (families 45, 55, 85, 125, 130, 135).
-    {925, 125, 0, 1, 0, "", nullptr, "target", "one build/turn curve to the target", true},
+    {925, 125, 0, 1, 0, "", nullptr, "target", "one build/turn curve to the target"},
     {935, 125, 0, 2, 0, "", nullptr, "target md",
-     "one build/turn curve of a course length to the target's north and east; depth solved", true},
+     "one build/turn curve of a course length to the target's north and east; depth solved"},
     {1915, 55, 0, 0, 0, "", nullptr, "target build inc",
-     "build/turn curve of a build rate to an inclination, turned to head over the target; hold",
-     true},
+     "build/turn curve of a build rate to an inclination, turned to head over the target; hold"},
     {2925, 85, 0, 0, 0, "", nullptr, "target build turn",
-     "kick-off hold, build/turn curve of given rates, hold to the target", true},
+     "kick-off hold, build/turn curve of given rates, hold to the target"},
     {1930, 130, 0, 0, 0, "", nullptr, "target tvd",
-     "arc ending at a vertical depth, heading at the target; hold to it", true},
+     "arc ending at a vertical depth, heading at the target; hold to it"},
     {1935, 135, 0, 0, 0, "", nullptr, "target tvd",
-     "build/turn curve ending at a vertical depth, heading at the target; hold to it", true},
+     "build/turn curve ending at a vertical depth, heading at the target; hold to it"},
     {2930, 45, 0, 2, 0, "", nullptr, "target dls inc",
-     "kick-off hold, arc of a dogleg severity to an inclination, hold to the target", true},
-    // Not solved by the library yet: named so that a plan naming them gets a clear answer.
-    {1950, 140, 0, 0, 0, "", nullptr, "", "", false},
-    {2910, 110, 0, 1, 0, "", nullptr, "", "", false},
-    {2940, 110, 0, 4, 0, "", nullptr, "", "", false},
-    {2950, 110, 0, 5, 0, "", nullptr, "", "", false},
-    {1960, 110, 0, 6, 0, "", nullptr, "", "", false},
-    {1970, 110, 0, 7, 0, "", nullptr, "", "", false},
-    {1940, 110, 0, 8, 0, "", nullptr, "", "", false},
+     "kick-off hold, arc of a dogleg severity to an inclination, hold to the target"},
+    // Optimum align (family 110) and horizontal landing (family 140): two arcs, with or without a
+    // hold between them, to a target reached with its arrival "inc" and "azi" (a landing: onto the
+    // horizontal line through the target at "azi"); the shortest such path.
+    {2910, 110, 0, 1, 0, "", nullptr, "target dls1 dls2",
+     "arc, hold, arc of given severities to the target with its arrival direction"},
+    {2940, 110, 0, 4, 0, "", nullptr, "target tangent",
+     "arc, hold of a given length, arc of one solved severity, with the arrival direction"},
+    {2950, 110, 0, 5, 0, "", nullptr, "target tvd1 tvd2",
+     "arc, hold from vertical depth tvd1 to tvd2, arc, with the arrival direction"},
+    {1940, 110, 0, 8, 0, "", nullptr, "target",
+     "two arcs of one solved severity to the target with its arrival direction"},
+    {1960, 110, 0, 6, 0, "", nullptr, "target dls1",
+     "two arcs, the first of a given severity, to the target with its arrival direction"},
+    {1970, 110, 0, 7, 0, "", nullptr, "target dls2",
+     "two arcs, the second of a given severity, to the target with its arrival direction"},
+    {1950, 140, 0, 0, 0, "", nullptr, "target dls azi",
+     "two arcs of a severity landing horizontally at azimuth azi on the line through the target"},
     // Backward lines (family 150): solved from their target, reached with its arrival angles, back
     // to a start given by one quantity; the forward target line before one aims at that start.
     {-20, 150, 2, 0, 0, "", nullptr, "target dls tf md",
-     "arc back from the target, arriving with toolface tf, over a course length md", true},
+     "arc back from the target, arriving with toolface tf, over a course length md"},
     {-30, 150, 3, 0, 0, "", nullptr, "target dls tf tvd",
-     "arc back from the target, arriving with toolface tf, to a start depth tvd", true},
+     "arc back from the target, arriving with toolface tf, to a start depth tvd"},
     {-40, 150, 4, 0, 0, "", nullptr, "target dls tf inc",
-     "arc back from the target, arriving with toolface tf, to a start inclination", true},
+     "arc back from the target, arriving with toolface tf, to a start inclination"},
     {-60, 150, 5, 0, 0, "", nullptr, "target dls inc azi",
-     "arc back from the target to a start inclination and azimuth", true},
+     "arc back from the target to a start inclination and azimuth"},
     {-50, 150, 6, 0, 0, "", nullptr, "target",
-     "hold back from the target along its arrival direction to the tie-on's depth", true},
+     "hold back from the target along its arrival direction to the tie-on's depth"},
     {-10, 150, 1, 0, 0, "", nullptr, "target back_target",
-     "arc back from the target through another target, where it starts", true},
+     "arc back from the target through another target, where it starts"},
 };
 
 struct ProfileField {
@@ -189,6 +194,7 @@ const char* familyLabel(int family) {
     case 80: return "Curve and tangent to target";
     case 90: return "Inclination/azimuth and DLS";
     case 100: return "DLS and toolface";
+    case 110: return "Optimum align";
     case 120: return "Single curve to target";
     case 45: return "Hold, arc and hold to an inclination";
     case 55: return "Build/turn online inclination";
@@ -196,6 +202,7 @@ const char* familyLabel(int family) {
     case 125: return "Build/turn curve to target";
     case 130: return "Online arc to a depth";
     case 135: return "Online build/turn curve to a depth";
+    case 140: return "Horizontal landing";
     case 150: return "Backward line";
     default: return "Target method";
     }
@@ -214,13 +221,14 @@ int familyOfCode(int code) {
 
 FieldKind fieldKind(const std::string& field) {
     if (field == "md" || field == "tvd" || field == "kickoff" || field == "tangent" ||
-        field == "final_hold" || field == "north" || field == "east")
+        field == "final_hold" || field == "north" || field == "east" || field == "tvd1" ||
+        field == "tvd2")
         return FieldKind::Length;
     if (field == "inc" || field == "azi" || field == "tf" || field == "hold_inc" ||
         field == "final_inc" || field == "azimuth")
         return FieldKind::Angle;
     if (field == "dls" || field == "build" || field == "turn" || field == "build_dls" ||
-        field == "drop_dls" || field == "rate")
+        field == "drop_dls" || field == "rate" || field == "dls1" || field == "dls2")
         return FieldKind::Rate;
     if (field == "target" || field == "back_target" || field == "variant" || field == "note")
         return FieldKind::Text;

@@ -17,7 +17,6 @@ struct MethodSpec {
     const char* ownName;  ///< the name of a code the library leaves unnamed, else nullptr
     const char* inputs;   ///< the input fields, space separated; "a|b" takes one of the two
     const char* about;    ///< one line for `orrin methods`
-    bool available;       ///< the library solves it
 
     /// The display name: the library's own (GetNameFromMethod), or ownName.
     std::string name() const;

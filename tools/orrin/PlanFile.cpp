@@ -297,8 +297,6 @@ LineInput readLine(const json& raw, std::size_t k, const Place& top, const PlanI
                                                  : " (expected one of: " + joined(variants) + ")"));
     }
     at.place += " (" + quoted(spec->name()) + ")";
-    if (!spec->available)
-        at.fail("method", quoted(spec->name()) + " is not solved by the library yet");
 
     LineInput line;
     line.method = spec;

@@ -31,6 +31,8 @@ const char* familyColour(int family) {
     case 40: return "#009e73";
     case 60: return "#cc79a7";
     case 70: return "#8e44ad";
+    case 110: return "#1b9e77";  // optimum align
+    case 140: return "#e7298a";  // horizontal landing
     case 150: return "#8c564b";  // backward lines
     default: return "#d55e00";   // curves to a target
     }

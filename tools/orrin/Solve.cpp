@@ -58,6 +58,16 @@ void putLine(CPlan& p, const PlanInput& input, const LineInput& line) {
         // "DT7 OL TVD" and "BT7 OL TVD" take the depth of their curve's end as a parameter.
         if (field == "tvd" && (m.code == 1930 || m.code == 1935)) p.m_dMethodParam4 = v;
     }
+    // Optimum align and landing: the two severities, the tangent, the depths of the hold, the
+    // landing azimuth.
+    for (const auto& [field, v] : line.values) {
+        if (field == "dls1") p.m_dMethodParam1 = v;
+        if (field == "dls2") p.m_dMethodParam2 = v;
+        if (field == "tangent" && m.family == 110) p.m_dMethodParam3 = v;
+        if (field == "tvd1") p.m_dMethodParam5 = v;
+        if (field == "tvd2") p.m_dMethodParam6 = v;
+        if (field == "azi" && m.code == 1950) p.m_dMethodParam4 = v;
+    }
     p.m_nSolveFor1 = line.solve1;
     p.m_nSolveFor2 = line.solve2;
     if (!line.target.empty()) {
@@ -76,7 +86,62 @@ void putLine(CPlan& p, const PlanInput& input, const LineInput& line) {
     p.PutData(-1);
 }
 
+namespace {
+
+/// Steps of the scan for the smallest severity that solves a line, each a factor of 2^(1/2), from
+/// 2^-10 to 2^20 times the line's own severity; then bisections between the last failing and the
+/// first solving step.
+constexpr int kSeverityStepsDown = 20;
+constexpr int kSeveritySteps = 60;
+constexpr int kSeverityBisections = 30;
+
+Solution solveLines(const PlanInput& input, bool withHint);
+
+/// The line `failed` with every given severity (dls, dls1, dls2) set to k [rad/L], the lines after
+/// it dropped, solves.
+bool solvesWith(const PlanInput& input, std::size_t failed, double k) {
+    PlanInput trial = input;
+    trial.lines.resize(failed + 1);
+    for (auto& [field, v] : trial.lines[failed].values)
+        if (field == "dls" || field == "dls1" || field == "dls2") v = k;
+    return solveLines(trial, false).error == 0;
+}
+
+/// For a line of two arcs that has no path with its severities ("OPT AL DLS" and "HZ Landing" -1,
+/// "OPT AL CD1" -1, "OPT AL CD2" -2): the smallest dogleg severity [rad/L], given to every arc that
+/// takes one (both arcs of the first two), at which the line would solve, found by a scan in steps of
+/// 2^(1/2) and bisection; 0 when the scan finds none.
+double smallestSeverity(const PlanInput& input, std::size_t failed) {
+    double given = 0.0;
+    for (const auto& [field, v] : input.lines[failed].values)
+        if (field == "dls" || field == "dls1" || field == "dls2") given = std::fmax(given, v);
+    if (!(given > 0.0)) return 0.0;
+    double below = 0.0;
+    for (int j = -kSeverityStepsDown; j <= kSeveritySteps - kSeverityStepsDown; ++j) {
+        const double k = given * std::pow(2.0, 0.5 * j);
+        if (!solvesWith(input, failed, k)) {
+            below = k;
+            continue;
+        }
+        double lo = below, hi = k;
+        for (int b = 0; b < kSeverityBisections && below > 0.0; ++b) {
+            const double mid = 0.5 * (lo + hi);
+            (solvesWith(input, failed, mid) ? hi : lo) = mid;
+        }
+        return hi;
+    }
+    return 0.0;
+}
+
+}  // namespace
+
 Solution solvePlan(const PlanInput& input) {
+    return solveLines(input, true);
+}
+
+namespace {
+
+Solution solveLines(const PlanInput& input, bool withHint) {
     Solution out;
     CPlan& p = out.plan;
     // The leading stations of a survey are solved at once by SolveSurvey, exactly as the plan
@@ -125,6 +190,22 @@ Solution solvePlan(const PlanInput& input) {
             out.error = p.m_nError;
             out.message = narrow(p.ErrorMessage());
             out.failedLine = static_cast<int>(k);
+            const short code = input.lines[k].method->code;
+            const bool noPath =
+                (p.m_nError == -1 && (code == 2910 || code == 1950 || code == 1960)) ||
+                (p.m_nError == -2 && code == 1970);
+            if (withHint && noPath) {
+                const double least = smallestSeverity(input, k);
+                char buf[160];
+                if (least > 0.0) {
+                    std::snprintf(buf, sizeof buf,
+                                  " (the smallest dogleg severity that solves it, on %s: %.2f %s)",
+                                  code == 2910 || code == 1950 ? "both arcs" : "the given arc",
+                                  std::ceil(input.units.rateOut(least) * 100.0) / 100.0,
+                                  input.units.rate());
+                    out.message += buf;
+                }
+            }
             break;
         }
         // A line to a vertical depth must end there: a constant-toolface curve that turns away
@@ -180,5 +261,7 @@ Solution solvePlan(const PlanInput& input) {
     }
     return out;
 }
+
+}  // namespace
 
 }  // namespace orrin_tool

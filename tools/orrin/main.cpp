@@ -243,13 +243,9 @@ int runWalk(const PlanInput& in, Format format, const std::string& out) {
 }
 
 std::string methodsText() {
-    std::string text, later;
+    std::string text;
     int family = -1;
     for (const MethodSpec& m : methodTable()) {
-        if (!m.available) {
-            later += (later.empty() ? "  " : ", ") + m.name();
-            continue;
-        }
         if (m.family != family) {
             family = m.family;
             text += std::string(text.empty() ? "" : "\n") + familyLabel(family) + "\n";
@@ -263,25 +259,14 @@ std::string methodsText() {
                       m.about);
         text += buf;
     }
-    // Wrap the list of methods the library does not solve yet.
-    std::string wrapped, row;
-    for (std::size_t a = 0; a < later.size();) {
-        std::size_t b = later.find(", ", a);
-        b = b == std::string::npos ? later.size() : b + 2;
-        if (row.size() + (b - a) > 98) {
-            wrapped += row + "\n";
-            row = "  ";
-        }
-        row += later.substr(a, b - a);
-        a = b;
-    }
-    wrapped += row + "\n";
-    text += "\nNot available yet (the library does not solve them):\n" + wrapped;
     text +=
-        "\nInputs: md tvd kickoff tangent final_hold in the plan's length unit; inc azi tf "
-        "hold_inc\n"
-        "final_inc in degrees; dls build turn build_dls drop_dls per 100 ft or per 30 m; target a\n"
-        "target's name; solve the two profile parameters to solve for; a|b takes one of the two.\n";
+        "\nInputs: md tvd tvd1 tvd2 kickoff tangent final_hold in the plan's length unit; inc azi "
+        "tf\n"
+        "hold_inc final_inc in degrees; dls dls1 dls2 build turn build_dls drop_dls per 100 ft or "
+        "per\n"
+        "30 m; target a target's name; solve the two profile parameters to solve for; a|b takes "
+        "one\n"
+        "of the two.\n";
     return text;
 }
 

@@ -1,0 +1,388 @@
+// Optimum align (2910, 2940, 2950, 1940, 1960, 1970) and horizontal landing (1950), through whole
+// plans: the two published cases, paths built from chosen arcs and holds, every failure code, a
+// re-solve and read-back, and random poses.
+//
+// Paths are built here with circle geometry of the test's own: an arc of radius R from p with
+// direction t, bending towards the unit side m (toolface tf: m = cos tf high + sin tf right), ends at
+// p + R sin(d) t + R (1 - cos d) m heading cos(d) t + sin(d) m. A solved line is checked the other
+// way round: each arc's end lies R from its centre, square to its end direction, in its plane, and its
+// course is the arc length; the hold is straight; the line ends on the target with its direction.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <random>
+#include <string>
+
+#include "plan/CPlan.h"
+
+namespace {
+
+constexpr double kDeg = M_PI / 180.0;
+constexpr double kPos = 1e-4;      ///< closure of a solved line on its target or givens [L]
+constexpr double kArc = 1e-6;      ///< an arc's end on its circle, relative to its radius [-]
+constexpr double kAng = 1e-6;      ///< directions [rad]
+constexpr double kShorter = 1e-4;  ///< a solved line is no longer than the one built [L]
+
+struct V {
+    double e, n, v;
+    V operator+(V b) const { return {e + b.e, n + b.n, v + b.v}; }
+    V operator-(V b) const { return {e - b.e, n - b.n, v - b.v}; }
+    friend V operator*(double k, V a) { return {k * a.e, k * a.n, k * a.v}; }
+    friend double dot(V a, V b) { return a.e * b.e + a.n * b.n + a.v * b.v; }
+    friend V cross(V a, V b) {
+        return {a.n * b.v - a.v * b.n, a.v * b.e - a.e * b.v, a.e * b.n - a.n * b.e};
+    }
+};
+double len(V a) {
+    return std::sqrt(dot(a, a));
+}
+V dir(double inc, double azi) {
+    return {std::sin(inc) * std::sin(azi), std::sin(inc) * std::cos(azi), std::cos(inc)};
+}
+V pos(const SStation& s) {
+    return {s.ew, s.ns, s.tvd};
+}
+double incOf(V t) {
+    return std::acos(std::fmax(-1.0, std::fmin(1.0, t.v)));
+}
+double aziOf(V t) {
+    const double a = std::atan2(t.e, t.n);
+    return a < 0.0 ? a + 2.0 * M_PI : a;
+}
+/// The side of toolface tf square to t: tf 0 the high side, pi/2 the right.
+V side(V t, double tf) {
+    const double I = incOf(t), A = std::fabs(std::sin(I)) > 1e-9 ? aziOf(t) : 0.0;
+    const V high{std::cos(I) * std::sin(A), std::cos(I) * std::cos(A), -std::sin(I)};
+    return std::cos(tf) * high + std::sin(tf) * V{std::cos(A), -std::sin(A), 0.0};
+}
+
+/// A path built from its parts.
+struct Built {
+    V A, B, X, t1;  ///< ends of arc 1 and of the hold, the end, its direction
+    double md;      ///< course from the start [L]
+};
+Built build(V p, V t, double d1, double tf1, double R1, double H, double d2, double tf2,
+            double R2) {
+    const V m1 = side(t, tf1);
+    const V A = p + R1 * std::sin(d1) * t + R1 * (1.0 - std::cos(d1)) * m1;
+    const V u = std::cos(d1) * t + std::sin(d1) * m1;
+    const V B = A + H * u, m2 = side(u, tf2);
+    return {A, B, B + R2 * std::sin(d2) * u + R2 * (1.0 - std::cos(d2)) * m2,
+            std::cos(d2) * u + std::sin(d2) * m2, d1 * R1 + H + d2 * R2};
+}
+
+SStation tie(V p = {300.0, 200.0, 1500.0}, double inc = 0.6, double azi = 0.4) {
+    SStation s;
+    s.md = 1200.0, s.ew = p.e, s.ns = p.n, s.tvd = p.v, s.inc = inc, s.azi = azi, s.method = 2;
+    return s;
+}
+
+/// Settings of one line: the family, the target variant and the method parameters.
+struct Line {
+    int family, variant;
+    double p1, p2, p3, p4, p5, p6;
+};
+
+CPlan put(const SStation& from, const Line& l, V X, V t1, bool angles = true) {
+    CPlan p;
+    p.NewData(12);
+    p.LoadData(0, from);
+    p.m_nFamily = l.family, p.m_nTargetMethod = l.variant;
+    p.m_dMethodParam1 = l.p1, p.m_dMethodParam2 = l.p2, p.m_dMethodParam3 = l.p3;
+    p.m_dMethodParam4 = l.p4, p.m_dMethodParam5 = l.p5, p.m_dMethodParam6 = l.p6;
+    p.m_target.name = u"T1", p.m_target.flag = true, p.m_target.hasAngles = angles;
+    p.m_target.ew = X.e, p.m_target.ns = X.n, p.m_target.tvd = X.v;
+    p.m_target.inc = incOf(t1), p.m_target.azi = aziOf(t1);
+    if (!angles) {  // a target of the plan, without arrival angles
+        p.NewTarget(1);
+        p.LoadTarget(0, p.m_target);
+    }
+    p.PutData(-1);
+    return p;
+}
+
+SStation at(const CPlan& p, int i) {
+    SStation s;
+    p.DumpData(i, s);
+    return s;
+}
+
+/// The course from `a` to `b` is a circular arc of its stored severity, tangent at both ends.
+void expectArc(const SStation& a, const SStation& b) {
+    const V t = dir(a.inc, a.azi), e = dir(b.inc, b.azi), d = pos(b) - pos(a);
+    const double dl = std::acos(std::fmax(-1.0, std::fmin(1.0, dot(t, e))));
+    if (dl < 1e-9) return;  // a part of zero turn
+    const double R = 1.0 / b.dls;
+    const V w = e - dot(t, e) * t, m = (1.0 / len(w)) * w, r = d - R * m;
+    EXPECT_NEAR(len(r) / R, 1.0, kArc) << "end off the circle";
+    EXPECT_NEAR(dot(r, e) / R, 0.0, kArc) << "end direction not along the circle";
+    EXPECT_NEAR(dot(d, cross(t, m)) / R, 0.0, kArc) << "arc out of its plane";
+    EXPECT_NEAR((b.md - a.md) / R, dl, kArc) << "course is not the arc";
+}
+
+/// A solved line of n stations after the tie-on: arcs and (n = 3) a straight hold, ending at X with
+/// direction t1, the target on the last station only.
+void expectLine(const CPlan& p, int code, V X, V t1) {
+    const int n = code / 1000 + 1;
+    const SStation s0 = at(p, 0), s1 = at(p, 1), sl = at(p, n);
+    EXPECT_EQ(s1.method, code);
+    EXPECT_TRUE(s1.target.empty() && sl.target == u"T1" && sl.flag);
+    expectArc(s0, s1);
+    if (n == 3) {
+        const SStation s2 = at(p, 2);
+        EXPECT_EQ(s2.method, 1);
+        EXPECT_NEAR(len(pos(s2) - pos(s1)), s2.md - s1.md, kPos) << "hold not straight";
+        EXPECT_NEAR(dot(dir(s1.inc, s1.azi), dir(s2.inc, s2.azi)), 1.0, kAng);
+        expectArc(s2, sl);
+    } else {
+        expectArc(s1, sl);
+    }
+    EXPECT_NEAR(len(pos(sl) - X), 0.0, kPos) << "end off the target";
+    EXPECT_NEAR(dot(dir(sl.inc, sl.azi), t1), 1.0, kAng) << "arrival direction";
+}
+
+/// The settings that the method of `code` takes from a built path.
+Line settingsOf(int code, const Built& b, double R1, double R2, double H) {
+    switch (code) {
+    case 2910: return {110, 1, 1.0 / R1, 1.0 / R2, 0, 0, 0, 0};
+    case 2940: return {110, 4, 0, 0, H, 0, 0, 0};
+    case 2950: return {110, 5, 0, 0, 0, 0, b.A.v, b.B.v};
+    case 1940: return {110, 8, 0, 0, 0, 0, 0, 0};
+    case 1960: return {110, 6, 1.0 / R1, 0, 0, 0, 0, 0};
+    case 1970: return {110, 7, 0, 1.0 / R2, 0, 0, 0, 0};
+    default: return {140, 0, 1.0 / R1, 0, 0, aziOf(b.t1), 0, 0};
+    }
+}
+
+}  // namespace
+
+// SPE-204111-PA (2021), Example 2: "OPT AL DLS" with radii 1250 and 1750 ft; the published tangent,
+// arcs and total course to their published digits.
+TEST(OptimumAlign, PublishedCurveHoldCurve) {
+    const V X{8800.0, 9500.0, 6500.0}, t1 = dir(85 * kDeg, 30 * kDeg);
+    const CPlan p = put(tie({8000.0, 8000.0, 6000.0}, 75 * kDeg, 15 * kDeg),
+                        {110, 1, 1.0 / 1250, 1.0 / 1750, 0, 0, 0, 0}, X, t1);
+    ASSERT_EQ(p.m_nError, 0);
+    expectLine(p, 2910, X, t1);
+    const SStation s1 = at(p, 1), s2 = at(p, 2), s3 = at(p, 3);
+    EXPECT_NEAR(s2.md - s1.md, 1072.6, 0.05) << "tangent [ft]";
+    EXPECT_NEAR(s1.dl / kDeg, 13.953, 0.0005) << "first arc [deg]";
+    EXPECT_NEAR(s3.dl / kDeg, 13.109, 0.0005) << "second arc [deg]";
+    EXPECT_NEAR(s3.md - 1200.0, 1777.40, 0.005) << "total course [ft]";
+    EXPECT_EQ(s1.dls, 1.0 / 1250);  // the given severities exactly
+    EXPECT_EQ(s3.dls, 1.0 / 1750);
+}
+
+// SPE-204111-PA (2021), Example 4: "HZ Landing" with radius 469.94 on the line through (0, 0,
+// 3280.8) at azimuth 340; the published landing point and arcs.
+TEST(OptimumAlign, PublishedLanding) {
+    const CPlan p = put(tie({-81.72, 167.78, 3293.92}, 82 * kDeg, 328 * kDeg),
+                        {140, 0, 1.0 / 469.94, 0, 0, 340 * kDeg, 0, 0}, {0.0, 0.0, 3280.8},
+                        dir(M_PI / 2, 340 * kDeg));
+    ASSERT_EQ(p.m_nError, 0);
+    const SStation s2 = at(p, 2);
+    // The published start is rounded to 0.01: the landing point agrees to one unit in that digit.
+    EXPECT_NEAR(s2.ns, 533.30, 0.01);
+    EXPECT_NEAR(s2.ew, -194.11, 0.01);
+    EXPECT_EQ(s2.tvd, 3280.8);
+    EXPECT_EQ(std::make_pair(s2.inc, s2.azi), std::make_pair(M_PI / 2, 340 * kDeg));
+    EXPECT_NEAR(at(p, 1).dl / kDeg, 30.774, 0.0005);
+    EXPECT_NEAR(s2.dl / kDeg, 16.385, 0.0005);
+    expectLine(p, 1950, pos(s2), dir(M_PI / 2, 340 * kDeg));
+}
+
+// Paths built from chosen arcs and holds, their end taken as the target: each method finds that
+// path or a shorter valid one, with the given settings exactly. Long arcs, short holds and arcs
+// turning far round are among them.
+TEST(OptimumAlign, KnownPaths) {
+    const struct {
+        const char* name;
+        int code;
+        double d1, tf1, R1, H, d2, tf2, R2;
+    } rows[] = {
+        {"2910 build then turn left", 2910, 0.5, 0.3, 1200, 800, 0.7, -1.6, 900},
+        {"2910 long arcs, short hold", 2910, 2.6, 2.0, 500, 5, 2.4, -0.5, 700},
+        {"2910 drop back past vertical", 2910, 1.2, M_PI, 600, 300, 0.3, 1.0, 1500},
+        {"2940 tangent of 600", 2940, 0.8, 1.0, 900, 600, 0.4, 2.5, 900},
+        {"2940 long arcs", 2940, 2.2, -0.7, 400, 150, 2.0, 0.9, 400},
+        {"2950 depths of the hold", 2950, 0.6, 0.2, 1000, 900, 0.9, -2.0, 700},
+        {"1940 S-curve", 1940, 0.7, 0.5, 800, 0, 1.1, 2.8, 800},
+        {"1960 first arc given", 1960, 1.0, -1.0, 600, 0, 0.5, 1.2, 1400},
+        {"1970 second arc given", 1970, 0.4, 2.0, 1600, 0, 1.3, -0.3, 500},
+    };
+    const SStation from = tie();
+    for (const auto& r : rows) {
+        SCOPED_TRACE(r.name);
+        const Built b =
+            build(pos(from), dir(from.inc, from.azi), r.d1, r.tf1, r.R1, r.H, r.d2, r.tf2, r.R2);
+        const CPlan p = put(from, settingsOf(r.code, b, r.R1, r.R2, r.H), b.X, b.t1);
+        ASSERT_EQ(p.m_nError, 0);
+        expectLine(p, r.code, b.X, b.t1);
+        const int n = r.code / 1000 + 1;
+        EXPECT_LE(at(p, n).md - from.md, b.md + kShorter);
+        if (r.code == 2910 || r.code == 1960) {
+            EXPECT_EQ(at(p, 1).dls, 1.0 / r.R1);
+        }
+        if (r.code == 2910 || r.code == 1970) {
+            EXPECT_EQ(at(p, n).dls, 1.0 / r.R2);
+        }
+        if (r.code == 2940) {
+            EXPECT_NEAR(at(p, 2).md - at(p, 1).md, r.H, kPos);
+        }
+        if (r.code == 2940 || r.code == 1940) {
+            EXPECT_NEAR(at(p, 1).dls, at(p, n).dls, 1e-12);
+        }
+        if (r.code == 2950) {
+            EXPECT_NEAR(at(p, 1).tvd, b.A.v, kPos);
+            EXPECT_NEAR(at(p, 2).tvd, b.B.v, kPos);
+        }
+    }
+}
+
+// A landing built from two arcs of one radius onto a horizontal direction, aimed at another point of
+// the same line (either side of the landing): found, on the line, no longer than built.
+TEST(OptimumAlign, LandingAnywhereOnTheLine) {
+    const SStation from = tie({0.0, 0.0, 2000.0}, 1.1, 0.2);
+    for (double shift : {-700.0, 0.0, 1500.0}) {
+        SCOPED_TRACE(shift);
+        const double R = 800.0, azi = 1.3;
+        const V t1 = dir(M_PI / 2, azi);
+        const Built a = build(pos(from), dir(from.inc, from.azi), 0.3, 1.2, R, 0.0, 0.0, 0.0, R);
+        const V u = a.t1, w = t1 - dot(u, t1) * u;
+        const double d2 = std::acos(dot(u, t1));
+        const V X = a.X + R * std::sin(d2) * u + R * (1 - std::cos(d2)) * ((1.0 / len(w)) * w);
+        const CPlan p = put(from, {140, 0, 1.0 / R, 0, 0, azi, 0, 0}, X + shift * t1, t1);
+        ASSERT_EQ(p.m_nError, 0);
+        const SStation end = at(p, 2);
+        const V off = pos(end) - X;
+        EXPECT_NEAR(len(off - dot(off, t1) * t1), 0.0, kPos) << "not on the line";
+        EXPECT_EQ(end.tvd, X.v);
+        expectLine(p, 1950, pos(end), t1);
+        EXPECT_LE(end.md - from.md, 0.3 * R + d2 * R + kShorter);
+    }
+}
+
+// Every failure code, in the order the methods test them; a failing line leaves the plan as it was.
+TEST(OptimumAlign, FailureCodes) {
+    const SStation from = tie();
+    const V t0 = dir(from.inc, from.azi), ahead = pos(from) + 900.0 * t0;
+    const V far = pos(from) + V{400.0, 300.0, 700.0}, t1 = dir(1.2, 2.0);
+    const V near = pos(from) + V{30.0, 0.0, 20.0};
+    const struct {
+        const char* name;
+        Line line;
+        V X, t1;
+        bool angles;
+        int error;
+    } rows[] = {
+        {"2910 no arrival angles", {110, 1, 1e-3, 1e-3, 0, 0, 0, 0}, far, t1, false, -16},
+        {"2910 target on the start", {110, 1, 1e-3, 1e-3, 0, 0, 0, 0}, pos(from), t1, true, -12},
+        {"2910 DLS1 zero", {110, 1, 0, 1e-3, 0, 0, 0, 0}, far, t1, true, -1},
+        {"2910 DLS2 zero", {110, 1, 1e-3, 0, 0, 0, 0, 0}, far, t1, true, -2},
+        {"2910 too gentle", {110, 1, 1e-5, 1e-5, 0, 0, 0, 0}, near, t1, true, -1},
+        {"2940 tangent negative", {110, 4, 0, 0, -5, 0, 0, 0}, far, t1, true, -13},
+        {"2940 tangent too long", {110, 4, 0, 0, 5000, 0, 0, 0}, far, t1, true, -13},
+        {"2950 depths unreachable", {110, 5, 0, 0, 0, 0, 900, 800}, far, t1, true, -17},
+        {"1940 no curve needed", {110, 8, 0, 0, 0, 0, 0, 0}, ahead, t0, true, -12},
+        {"1960 DLS1 zero", {110, 6, 0, 0, 0, 0, 0, 0}, far, t1, true, -1},
+        {"1960 no curve needed", {110, 6, 1e-3, 0, 0, 0, 0, 0}, ahead, t0, true, -12},
+        {"1960 too gentle", {110, 6, 1e-6 * 2, 0, 0, 0, 0, 0}, near, t1, true, -1},
+        {"1970 DLS2 zero", {110, 7, 0, 0, 0, 0, 0, 0}, far, t1, true, -2},
+        {"1970 no curve needed", {110, 7, 0, 1e-3, 0, 0, 0, 0}, ahead, t0, true, -12},
+        {"1970 too gentle", {110, 7, 0, 1e-6 * 2, 0, 0, 0, 0}, near, t1, true, -2},
+        {"1950 DLS zero", {140, 0, 0, 0, 0, from.azi, 0, 0}, far, t1, true, -1},
+        {"1950 on the line along it",
+         {140, 0, 1e-3, 0, 0, from.azi, 0, 0},
+         pos(from) + V{0.0, 0.0, 0.0},
+         t1,
+         true,
+         -12},
+    };
+    for (const auto& r : rows) {
+        SCOPED_TRACE(r.name);
+        SStation start = from;
+        if (std::string(r.name) == "1950 on the line along it") start.inc = M_PI / 2;
+        const CPlan p = put(start, r.line, r.X, r.t1, r.angles);
+        EXPECT_EQ(p.m_nError, r.error);
+        EXPECT_EQ(p.m_nPrev, 0);
+        EXPECT_EQ(p.m_nFirst, 1);
+    }
+}
+
+// Each line keeps its settings: read back with GetData, and a later edit re-solves it to the same
+// stations (the line's own settings, not the transfer fields of the edit).
+TEST(OptimumAlign, ResolveAndReadBack) {
+    const SStation from = tie();
+    const Built b = build(pos(from), dir(from.inc, from.azi), 0.6, 0.4, 900, 500, 0.8, -1.0, 700);
+    for (int code : {2910, 2940, 2950, 1960, 1970, 1950}) {
+        SCOPED_TRACE(code);
+        const Built bb = code / 1000 == 1 ? build(pos(from), dir(from.inc, from.azi), 0.6, 0.4, 900,
+                                                  0.0, 0.8, -1.0, 700)
+                                          : b;
+        Line l = settingsOf(code, bb, 900, 700, 500);
+        V t1 = bb.t1;
+        if (code == 1950) {
+            l.p4 = 1.0, t1 = dir(M_PI / 2, 1.0);
+        }
+        CPlan p = put(from, l, bb.X, t1);
+        ASSERT_EQ(p.m_nError, 0);
+        const int n = code / 1000 + 1;
+        const SStation before = at(p, n);
+        p.m_dMethodParam1 = p.m_dMethodParam2 = p.m_dMethodParam3 = 7.0;  // stray transfer fields
+        p.m_dMethodParam4 = p.m_dMethodParam5 = p.m_dMethodParam6 = 7.0;
+        p.m_nFamily = 20, p.m_nSubMethod = 1, p.m_dMD = before.md + 300.0;  // a hold after it
+        p.PutData(-1);
+        ASSERT_EQ(p.m_nError, 0);
+        EXPECT_EQ(at(p, n).md, before.md);
+        EXPECT_EQ(pos(at(p, n)).e, pos(before).e);
+        p.GetData(1);
+        EXPECT_EQ(p.m_nFamily, l.family);
+        EXPECT_EQ(p.m_nTargetMethod, l.variant);
+        const double want[] = {l.p1, l.p2, l.p3, l.p4, l.p5, l.p6};
+        const double got[] = {p.m_dMethodParam1, p.m_dMethodParam2, p.m_dMethodParam3,
+                              p.m_dMethodParam4, p.m_dMethodParam5, p.m_dMethodParam6};
+        for (int k = 0; k < 6; ++k) {
+            if (want[k] != 0.0) {
+                EXPECT_EQ(got[k], want[k]) << "parameter " << k + 1;
+            }
+        }
+    }
+}
+
+// meth_horlanc lays the landing into m_stnA and m_stnC without touching the plan.
+TEST(OptimumAlign, LandingWithoutStoring) {
+    CPlan p;
+    p.NewData(5);
+    p.LoadData(0, tie({-81.72, 167.78, 3293.92}, 82 * kDeg, 328 * kDeg));
+    p.DumpData(0, p.m_stnPrev);
+    p.m_target.tvd = 3280.8, p.m_target.ns = p.m_target.ew = 0.0;
+    ASSERT_EQ(p.meth_horlanc(1.0 / 469.94, 340 * kDeg), 0);
+    EXPECT_NEAR(p.m_stnC.ns, 533.30, 0.005);
+    EXPECT_NEAR(p.m_stnA.dl / kDeg, 30.774, 0.0005);
+    EXPECT_EQ(p.m_nPrev, 0);
+    EXPECT_EQ(at(p, 1).method, 0);
+    EXPECT_EQ(p.meth_horlanc(0.0, 1.0), -1);
+}
+
+// Random poses from paths built with arcs of 0.2 to 2.5 rad, holds of 50 to 2000 and radii of 200 to
+// 3000: every method finds the built path or a shorter one.
+TEST(OptimumAlign, RandomPosesNoneMissed) {
+    std::mt19937 gen(14);
+    std::uniform_real_distribution<double> u(0.0, 1.0);
+    for (int k = 0; k < 60; ++k) {
+        for (int code : {2910, 2940, 2950, 1940, 1960, 1970}) {
+            const SStation from = tie({u(gen) * 500, u(gen) * 500, 1000 + u(gen) * 500},
+                                      0.2 + 2.6 * u(gen), 6.2 * u(gen));
+            const double R1 = 200 + 2800 * u(gen);
+            const double R2 = code == 2940 || code == 1940 ? R1 : 200 + 2800 * u(gen);
+            const double H = code > 2000 ? 50 + 1950 * u(gen) : 0.0;
+            const Built b = build(pos(from), dir(from.inc, from.azi), 0.2 + 2.3 * u(gen),
+                                  6.2 * u(gen), R1, H, 0.2 + 2.3 * u(gen), 6.2 * u(gen), R2);
+            SCOPED_TRACE(testing::Message() << "pose " << k << " code " << code);
+            const CPlan p = put(from, settingsOf(code, b, R1, R2, H), b.X, b.t1);
+            ASSERT_EQ(p.m_nError, 0);
+            EXPECT_LE(at(p, code / 1000 + 1).md - from.md, b.md + kShorter);
+            expectLine(p, code, b.X, b.t1);
+        }
+    }
+}
