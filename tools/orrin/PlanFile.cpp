@@ -285,8 +285,8 @@ LineInput readLine(const json& raw, std::size_t k, const Place& top, const PlanI
     if (!obj.contains("method")) at.fail("method", "missing");
     const std::string name = at.text(obj, "method");
     const std::string variant = obj.contains("variant") ? at.text(obj, "variant") : "";
-    const MethodSpec* spec = findMethod(name, variant);
-    if (!spec) {
+    const MethodSpec* named = findMethod(name, variant);
+    if (!named) {
         if (!isMethodName(name))
             at.fail("method", "unknown method " + quoted(name) + " (orrin methods lists them)");
         std::vector<std::string> variants;
@@ -296,12 +296,12 @@ LineInput readLine(const json& raw, std::size_t k, const Place& top, const PlanI
                                (variants.empty() ? " (it has none)"
                                                  : " (expected one of: " + joined(variants) + ")"));
     }
-    at.place += " (" + quoted(spec->name()) + ")";
+    at.place += " (" + quoted(named->name()) + ")";
 
     LineInput line;
-    line.method = spec;
+    line.method = named;
     line.where = at.place;
-    const std::vector<std::string> inputs = spec->inputList();
+    const std::vector<std::string> inputs = named->inputList();
     std::vector<std::string> allowed{"method", "variant", "note"}, shown;
     for (const std::string& token : inputs) {
         for (std::size_t a = 0, b; a <= token.size(); a = b + 1) {
@@ -313,21 +313,21 @@ LineInput readLine(const json& raw, std::size_t k, const Place& top, const PlanI
     }
     for (const auto& item : obj.items())
         if (std::find(allowed.begin(), allowed.end(), item.key()) == allowed.end())
-            at.fail(item.key(), "not an input of " + quoted(spec->name()) + " (it takes " +
+            at.fail(item.key(), "not an input of " + quoted(named->name()) + " (it takes " +
                                     joined(shown) + ")");
 
-    const bool profile = spec->family == 60 || spec->family == 70;
+    const bool profile = named->family == 60 || named->family == 70;
     if (profile) {
         if (!obj.contains("solve"))
             at.fail(
                 "solve", "missing (two of: " + [&] {
                     std::vector<std::string> p;
-                    for (int i = 1; i <= (spec->family == 60 ? 4 : 7); ++i)
+                    for (int i = 1; i <= (named->family == 60 ? 4 : 7); ++i)
                         p.push_back(profileField(i));
                     return joined(p);
                 }() + ")");
         const json& solve = obj.at("solve");
-        const int last = spec->family == 60 ? 4 : 7;
+        const int last = named->family == 60 ? 4 : 7;
         if (!solve.is_array() || solve.size() != 2 || !solve[0].is_string() ||
             !solve[1].is_string())
             at.fail("solve", "expected two parameter names, got " + solve.dump());
@@ -336,7 +336,7 @@ LineInput readLine(const json& raw, std::size_t k, const Place& top, const PlanI
             const std::string p = solve[static_cast<std::size_t>(i)].get<std::string>();
             idx[i] = profileIndex(p);
             if (idx[i] < 1 || idx[i] > last)
-                at.fail("solve", quoted(p) + " is not a parameter of " + quoted(spec->name()));
+                at.fail("solve", quoted(p) + " is not a parameter of " + quoted(named->name()));
             if (obj.contains(p)) at.fail(p, "is solved for (listed in \"solve\"): leave it out");
         }
         if (idx[0] == idx[1]) at.fail("solve", "the two parameters must differ");
@@ -383,7 +383,7 @@ LineInput readLine(const json& raw, std::size_t k, const Place& top, const PlanI
                     line.backTarget = t;
                     continue;
                 }
-                if (spec->family == 150) {
+                if (named->family == 150) {
                     for (const STarget& target : plan.targets)
                         if (narrow(target.name) == t && !target.hasAngles)
                             at.fail("target",
