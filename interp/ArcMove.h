@@ -3,16 +3,12 @@
 // Internal header: not installed.
 #pragma once
 
+#include "geometry/Vec3.h"
 #include "plan/Records.h"
 
 namespace orrin::interp {
 
-/// A direction or offset as (east, north, down) components.
-struct Vec3 {
-    double e = 0.0;
-    double n = 0.0;
-    double v = 0.0;
-};
+using orrin::Vec3;
 
 /// Moves `point` (its tvd, ns, ew) from the chord of a minimum-curvature line onto the line's arc,
 /// along the direction that lies both in the plane of the arc and in the plane through the point

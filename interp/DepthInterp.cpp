@@ -16,7 +16,7 @@
 #include "plan/CPlan.h"
 
 using namespace orrin;
-using orrin::interp::Vec3;
+using orrin::Vec3;
 
 namespace {
 

@@ -19,6 +19,7 @@
 #pragma once
 
 #include <cstddef>
+#include <initializer_list>
 #include <string>
 #include <utility>
 #include <vector>
@@ -425,6 +426,7 @@ private:
     SStation arcpart(const SStation& from, double e, double n, double v, double K);  ///< an arc
     static SStation holdpart(const SStation& from, double H);            ///< a straight hold
     void storePart(int k, const SStation& part, short code, bool last);  ///< writes one part
+    void storeLine(short code, std::initializer_list<SStation> parts);   ///< writes a solved line
 
     // ==== Optimum align and horizontal landing (targets/OptimumAlign.cpp) ===========================
     void meth_opttan();

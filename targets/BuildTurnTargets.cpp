@@ -46,7 +46,7 @@ void CPlan::meth_btctt() {
     }
     const SStation start = m_stnPrev;
     const Vec3 X = targetPoint(m_target), d = X - posOf(start);
-    const double D = d.length();
+    const double D = norm(d);
     if (!(D > TOL_ZERO)) {
         m_nError = ERR_IN_LINE;
         return;
@@ -77,9 +77,7 @@ void CPlan::meth_btctt() {
         part = curve(x);
     }
     part.tvd = X.v, part.ns = X.n, part.ew = X.e;
-    storePart(s, part, 925, true);
-    m_nPrev += 1;
-    m_nError = ERR_NONE;
+    storeLine(925, {part});
 }
 
 // 935 "BT6 MDNSEW": one build/turn curve of course L = md(s) - md(start), the measured depth stored
@@ -134,9 +132,7 @@ void CPlan::meth_btctmd() {
     part.md = mdEnd;
     part.ns = m_target.ns, part.ew = m_target.ew;
     m_target.tvd = part.tvd;
-    storePart(s, part, 935, true);
-    m_nPrev += 1;
-    m_nError = ERR_NONE;
+    storeLine(935, {part});
 }
 
 // 1915 "BT8 OL Inc": a build/turn curve of build B = m_dMethodParam7 to the inclination
@@ -200,10 +196,7 @@ void CPlan::meth_btoli() {
         return;
     }
     h.ns = m_target.ns, h.ew = m_target.ew;
-    storePart(s, c, 1915, false);
-    storePart(s + 1, h, 1, true);
-    m_nPrev += 2;
-    m_nError = ERR_NONE;
+    storeLine(1915, {c, h});
 }
 
 // 2925 "BT5 CH Tang": a kick-off hold H1 along the start direction t0, a build/turn curve of build
@@ -235,7 +228,7 @@ void CPlan::meth_btsch() {
         return;
     }
     const Vec3 P0 = posOf(start), t0 = dirOf(start), X = targetPoint(m_target);
-    double Lmax = 100.0 * (X - P0).length();
+    double Lmax = 100.0 * norm(X - P0);
     if (B > 0.0) Lmax = std::fmin(Lmax, (PI - start.inc) / B);
     if (B < 0.0) Lmax = std::fmin(Lmax, start.inc / -B);
     if (T != 0.0) Lmax = std::fmin(Lmax, TWO_PI / std::fabs(T));
@@ -254,7 +247,7 @@ void CPlan::meth_btsch() {
         if (!(det > TOL_ZERO)) return f;
         const double a = dot(t0, r), b = dot(t, r);
         f.h1 = (a - cosTT * b) / det, f.h2 = (b - cosTT * a) / det;
-        f.closes = (f.h1 * t0 + f.h2 * t - r).length() <= TOL_CLOSE;
+        f.closes = norm(f.h1 * t0 + f.h2 * t - r) <= TOL_CLOSE;
         return f;
     };
     // The determinant, read as exactly 0 within SOLVE_POS: a target in the plane of a curve that
@@ -306,14 +299,10 @@ void CPlan::meth_btsch() {
     const SStation kick = holdpart(start, H1);
     const SStation c = btpart(kick, B, T, L);
     SStation h = holdpart(c, H2);
-    if (!((posOf(h) - X).length() <= TOL_CLOSE)) {
+    if (!(norm(posOf(h) - X) <= TOL_CLOSE)) {
         m_nError = ERR_UNKNOWN_SOLUTION;
         return;
     }
     h.tvd = X.v, h.ns = X.n, h.ew = X.e;
-    storePart(s, kick, 2925, false);
-    storePart(s + 1, c, 1, false);
-    storePart(s + 2, h, 1, true);
-    m_nPrev += 3;
-    m_nError = ERR_NONE;
+    storeLine(2925, {kick, c, h});
 }

@@ -24,7 +24,7 @@ namespace {
 /// 1e-6 of it: no curve to the target has a direction to turn to.
 bool straightAhead(const SStation& start, Vec3 X) {
     const Vec3 d = X - posOf(start);
-    const double D = d.length();
+    const double D = norm(d);
     return !(D > TOL_ZERO) || dot(dirOf(start), d) / D >= STRAIGHT_COS;
 }
 
@@ -46,7 +46,7 @@ struct ArcHold {
 ArcHold arcHold(Vec3 Q, Vec3 t, Vec3 X, double K) {
     ArcHold out;
     const Vec3 w = X - Q;
-    const double D = w.length();
+    const double D = norm(w);
     if (!(D > TOL_ZERO) || !(K > TOL_ZERO)) return out;
     const double q = dot(t, w) / D;
     const double s = std::sqrt(std::fmax(0.0, 1.0 - q * q));
@@ -97,7 +97,7 @@ double CPlan::maniac(double T, double& e, double& n, double& v) {
 int CPlan::onlineArc(double tvd, double& e, double& n, double& v, double& K) {
     const Vec3 P0 = posOf(m_stnPrev), t0 = dirOf(m_stnPrev), X = targetPoint(m_target);
     if (straightAhead(m_stnPrev, X)) return ERR_IN_LINE;
-    const double D = (X - P0).length(), p = dot(t0, X - P0);
+    const double D = norm(X - P0), p = dot(t0, X - P0);
     const double Tmax = p > 0.0 ? D * D / (2.0 * p) : 1000.0 * D;
     auto depthMiss = [&](double T) {
         double ue = 0.0, un = 0.0, uv = 0.0;
@@ -136,17 +136,13 @@ void CPlan::meth_dtolt() {
         return;
     }
     const SStation arc = arcpart(start, e, n, v, K);
-    SStation h = holdpart(arc, (X - posOf(arc)).length());
-    if (!(std::fabs(arc.tvd - m_dMethodParam4) <= TOL_CLOSE &&
-          (posOf(h) - X).length() <= TOL_CLOSE)) {
+    SStation h = holdpart(arc, norm(X - posOf(arc)));
+    if (!(std::fabs(arc.tvd - m_dMethodParam4) <= TOL_CLOSE && norm(posOf(h) - X) <= TOL_CLOSE)) {
         m_nError = ERR_TVD_UNREACHABLE;
         return;
     }
     h.tvd = X.v, h.ns = X.n, h.ew = X.e;
-    storePart(s, arc, 1930, false);
-    storePart(s + 1, h, 1, true);
-    m_nPrev += 2;
-    m_nError = ERR_NONE;
+    storeLine(1930, {arc, h});
 }
 
 // 1935 "BT7 OL TVD": a build/turn curve from the start whose end E lies at the depth
@@ -199,17 +195,14 @@ void CPlan::meth_btolt() {
     const SStation c = curve(x);
     const Vec3 w = X - posOf(c);
     const double H = dot(dirOf(c), w);
-    const double off = (w - H * dirOf(c)).length();
+    const double off = norm(w - H * dirOf(c));
     if (!(H >= -TOL_CLOSE) || !(off <= TOL_DIR * std::fmax(H, 1.0))) {
         m_nError = ERR_UNKNOWN_SOLUTION;
         return;
     }
     SStation h = holdpart(c, std::fmax(H, 0.0));
     h.tvd = X.v, h.ns = X.n, h.ew = X.e;
-    storePart(s, c, 1935, false);
-    storePart(s + 1, h, 1, true);
-    m_nPrev += 2;
-    m_nError = ERR_NONE;
+    storeLine(1935, {c, h});
 }
 
 // 2930 "DT8 HCH Inc": a kick-off hold H1 along the start direction to Q, an arc of dogleg severity
@@ -245,7 +238,7 @@ void CPlan::meth_dtholi() {
         m_nError = ERR_BUILD_TURN;
         return;
     }
-    double lo = 0.0, Hmax = 2.0 * (X - P0).length();
+    double lo = 0.0, Hmax = 2.0 * norm(X - P0);
     for (int j = 1; j <= SCAN_STEPS; ++j) {
         const double H1 = Hmax * j / SCAN_STEPS;
         if (join(H1).exists) {
@@ -278,7 +271,7 @@ void CPlan::meth_dtholi() {
     const SStation kick = holdpart(start, H1);
     SStation arc = arcpart(kick, j.u.e, j.u.n, j.u.v, K);
     SStation h = holdpart(arc, j.hold);
-    if (!((posOf(h) - X).length() <= TOL_CLOSE)) {
+    if (!(norm(posOf(h) - X) <= TOL_CLOSE)) {
         m_nError = ERR_DECREASE_INC;
         return;
     }
@@ -288,9 +281,5 @@ void CPlan::meth_dtholi() {
         vector(p->inc, p->azi, p->ue, p->un, p->uv);
     }
     h.tvd = X.v, h.ns = X.n, h.ew = X.e;
-    storePart(s, kick, 2930, false);
-    storePart(s + 1, arc, 1, false);
-    storePart(s + 2, h, 1, true);
-    m_nPrev += 3;
-    m_nError = ERR_NONE;
+    storeLine(2930, {kick, arc, h});
 }

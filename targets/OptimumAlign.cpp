@@ -56,6 +56,7 @@
 #include <cmath>
 
 #include "geometry/Numerics.h"
+#include "geometry/Vec3.h"
 #include "plan/CPlan.h"
 
 using namespace orrin;
@@ -86,34 +87,12 @@ constexpr double CLUSTER_NEAR = 4.0;
 /// Most roots kept from one scan; no method's residual comes near it.
 constexpr int MAX_ROOTS = 24;
 
-struct V3 {
-    double e, n, v;
-};
-V3 operator+(V3 a, V3 b) {
-    return {a.e + b.e, a.n + b.n, a.v + b.v};
-}
-V3 operator-(V3 a, V3 b) {
-    return {a.e - b.e, a.n - b.n, a.v - b.v};
-}
-V3 operator*(double k, V3 a) {
-    return {k * a.e, k * a.n, k * a.v};
-}
-double dot(V3 a, V3 b) {
-    return a.e * b.e + a.n * b.n + a.v * b.v;
-}
-V3 cross(V3 a, V3 b) {
-    return {a.n * b.v - a.v * b.n, a.v * b.e - a.e * b.v, a.e * b.n - a.n * b.e};
-}
-double norm(V3 a) {
-    return std::sqrt(dot(a, a));
-}
-
 /// The angle d between unit directions a and b and its half-angle tangent tan(d/2), from the sine
 /// |a x b| and the cosine a . b (accurate at both ends; opposite directions give tau = inf).
 struct Turn {
     double d, tau;
 };
-Turn turnBetween(V3 a, V3 b) {
+Turn turnBetween(Vec3 a, Vec3 b) {
     const double c = dot(a, b), s = norm(cross(a, b));
     return {std::atan2(s, c), s / (1.0 + c)};
 }
@@ -121,7 +100,7 @@ Turn turnBetween(V3 a, V3 b) {
 /// The problem: start point and direction, end point (a point of the landing line for 1950) and
 /// arrival direction, and a unit direction square to t1 for the plane of a degenerate second arc.
 struct Align {
-    V3 P0, t0, X, t1, side;
+    Vec3 P0, t0, X, t1, side;
     double D;  ///< |X - P0| [L]
 };
 
@@ -136,8 +115,8 @@ struct Givens {
 
 /// One solution candidate, and after rebuild() the valid path.
 struct Path {
-    V3 u{0, 0, 0};              ///< direction of the hold (end of the first arc)
-    V3 X{0, 0, 0};              ///< end of the second arc
+    Vec3 u{0, 0, 0};            ///< direction of the hold (end of the first arc)
+    Vec3 X{0, 0, 0};            ///< end of the second arc
     double T1 = 0.0, T2 = 0.0;  ///< tangent lengths of the arcs [L]
     double H = 0.0;             ///< hold [L]
     double d1 = 0.0, d2 = 0.0;  ///< doglegs [rad]
@@ -314,7 +293,7 @@ bool rebuild(const Align& g, const Givens& giv, Path& p) {
     if (giv.equal) K1 = K2 = 0.5 * (K1 + K2);
     if (!(K1 > TOL_ZERO && K2 > TOL_ZERO) || !std::isfinite(K1) || !std::isfinite(K2)) return false;
     const double T1 = a.tau / K1, T2 = b.tau / K2;
-    const V3 rest = p.X - g.P0 - T1 * (g.t0 + p.u) - T2 * (p.u + g.t1);
+    const Vec3 rest = p.X - g.P0 - T1 * (g.t0 + p.u) - T2 * (p.u + g.t1);
     double H = giv.H >= 0.0 ? giv.H : dot(rest, p.u);
     if (!(H >= -SOLVE_POS)) return false;
     H = std::fmax(H, 0.0);
@@ -337,7 +316,7 @@ double halfAngle(double x) {
 /// tan((a - d) / 2) for a the angle from t0 to u and d the angle of half-angle tangent tau: the
 /// residual of a first arc of given curvature, bounded and as well conditioned for small arcs as
 /// for large ones (a cosine difference is flat at zero).
-double angleGap(V3 t0, V3 u, double tau) {
+double angleGap(Vec3 t0, Vec3 u, double tau) {
     // tan(a/2) = s / (1 + c) with s, c the sine and cosine of a; one division for the difference.
     const double c1 = 1.0 + dot(t0, u), s = norm(cross(t0, u));
     return (s - tau * c1) / (c1 + tau * s);
@@ -358,11 +337,11 @@ struct Residuals {
         const double tau1 = halfAngle(x);
         const double R2 = 1.0 / giv.K2;
         p.T1 = tau1 / giv.K1;
-        const V3 w = g.P0 + p.T1 * g.t0 - g.X;
+        const Vec3 w = g.P0 + p.T1 * g.t0 - g.X;
         const double ahead = -dot(w, g.t1);
-        const V3 q = w + ahead * g.t1;
+        const Vec3 q = w + ahead * g.t1;
         const double h = norm(q);
-        const V3 m = h > TOL_ZERO ? (1.0 / h) * q : g.side;
+        const Vec3 m = h > TOL_ZERO ? (1.0 / h) * q : g.side;
         const double y = h - R2;
         const double rho2 = ahead * ahead + y * y;
         const double L2 = rho2 - R2 * R2;
@@ -384,7 +363,7 @@ struct Residuals {
     /// 1940, 1960, 2940: given T1 and the hold Hg (0 for a curve-curve), T2 from
     /// |w - T2 t1| = T1 + Hg + T2, w = X - M1.
     bool second(double T1, double Hg, Path& p) const {
-        const V3 w = g.X - (g.P0 + T1 * g.t0);
+        const Vec3 w = g.X - (g.P0 + T1 * g.t0);
         const double a = T1 + Hg;
         const double den = 2.0 * (dot(w, g.t1) + a);
         if (!(std::fabs(den) > 0.0)) return false;
@@ -424,7 +403,7 @@ struct Residuals {
         p.T1 = (giv.V5 - g.P0.v) / den1;
         p.T2 = (g.X.v - giv.V6) / den2;
         if (!(p.T1 > 0.0 && p.T2 > 0.0)) return false;
-        const V3 w = g.X - p.T2 * g.t1 - (g.P0 + p.T1 * g.t0);
+        const Vec3 w = g.X - p.T2 * g.t1 - (g.P0 + p.T1 * g.t0);
         const double S = norm(w);
         if (!(S > TOL_ZERO)) return false;
         p.u = (1.0 / S) * w;
@@ -440,9 +419,9 @@ struct Residuals {
         const double tau1 = halfAngle(x);
         const double R = 1.0 / giv.K1;
         p.T1 = R * tau1;
-        const V3 w0 = g.X - (g.P0 + p.T1 * g.t0);
+        const Vec3 w0 = g.X - (g.P0 + p.T1 * g.t0);
         const double along = dot(w0, g.t1);
-        const V3 wp = w0 - along * g.t1;
+        const Vec3 wp = w0 - along * g.t1;
         const double h = norm(wp);
         if (!(h > TOL_ZERO)) return false;
         const double a = h - 2.0 * R;
@@ -480,7 +459,7 @@ Special nearestApproach(const Align& g, double K1, int samples) {
     const Special none{-1.0, 0};
     const double c = dot(g.t0, g.t1), den = 1.0 - c * c;
     if (!(den > TOL_ZERO)) return none;
-    const V3 w = g.X - g.P0;
+    const Vec3 w = g.X - g.P0;
     const double T = (dot(w, g.t0) - c * dot(w, g.t1)) / den;
     if (!(T > 0.0)) return none;
     const double lambda = T * c - dot(w, g.t1);
@@ -540,14 +519,14 @@ bool solveAlign(const Align& g, const Givens& giv, Path& best) {
 }
 
 /// A unit direction square to t (for the plane of an arc whose plane the geometry leaves open).
-V3 squareTo(V3 t) {
-    const V3 axis = std::fabs(t.v) < 0.9 ? V3{0.0, 0.0, 1.0} : V3{1.0, 0.0, 0.0};
-    const V3 s = cross(t, axis);
+Vec3 squareTo(Vec3 t) {
+    const Vec3 axis = std::fabs(t.v) < 0.9 ? Vec3{0.0, 0.0, 1.0} : Vec3{1.0, 0.0, 0.0};
+    const Vec3 s = cross(t, axis);
     return (1.0 / norm(s)) * s;
 }
 
 /// The problem from P0, t0 to X, t1.
-Align makeAlign(V3 P0, V3 t0, V3 X, V3 t1) {
+Align makeAlign(Vec3 P0, Vec3 t0, Vec3 X, Vec3 t1) {
     return {P0, t0, X, t1, squareTo(t1), norm(X - P0)};
 }
 
@@ -595,7 +574,7 @@ int CPlan::optalign(int code, double dls, double azi, bool store) {
     if (store && !hasStation(m_nPrev + n)) return m_nError = ERR_UNKNOWN_SOLUTION;
     const bool landing = code == 1950;
     if (!landing && !m_target.hasAngles) return m_nError = ERR_NO_TARGET;
-    V3 t1{0, 0, 0};
+    Vec3 t1{0, 0, 0};
     vector(landing ? HALF_PI : m_target.inc, landing ? azi : m_target.azi, t1.e, t1.n, t1.v);
     if (landing) t1.v = 0.0;
     const Align g = makeAlign({m_stnPrev.ew, m_stnPrev.ns, m_stnPrev.tvd},
@@ -633,7 +612,7 @@ int CPlan::optalign(int code, double dls, double azi, bool store) {
         break;
     case 1950: {
         if (is_zero(K1)) return m_nError = ERR_BUILD_TURN;
-        const V3 off = g.P0 - g.X;
+        const Vec3 off = g.P0 - g.X;
         if (dot(g.t0, t1) >= STRAIGHT_COS && !is_nonzero(norm(off - dot(off, t1) * t1)))
             return m_nError = ERR_IN_LINE;
         giv.K1 = giv.K2 = K1, giv.H = 0.0, none = ERR_BUILD_TURN;
@@ -692,16 +671,11 @@ int CPlan::optalign(int code, double dls, double azi, bool store) {
     m_stnC = c;
     if (!store) return m_nError = ERR_NONE;
 
-    const SStation* parts[3] = {&m_stnA, n == 3 ? &mid : &m_stnC, &m_stnC};
-    for (int i = 0; i < n; ++i) {
-        SStation& s = m_stations[m_nPrev + 1 + i];
-        const double aux1 = s.aux1, aux2 = s.aux2;
-        s = *parts[i];
-        s.aux1 = aux1, s.aux2 = aux2;
-        tagStation(m_nPrev + 1 + i, static_cast<short>(i == 0 ? code : 1), i == n - 1);
-    }
-    m_nPrev += n;
-    return m_nError = ERR_NONE;
+    if (n == 3)
+        storeLine(static_cast<short>(code), {m_stnA, mid, m_stnC});
+    else
+        storeLine(static_cast<short>(code), {m_stnA, m_stnC});
+    return m_nError;
 }
 
 void CPlan::meth_optdls() {

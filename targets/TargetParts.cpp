@@ -107,3 +107,17 @@ void CPlan::storePart(int k, const SStation& part, short code, bool last) {
     s.ue = part.ue, s.un = part.un, s.uv = part.uv, s.dl = part.dl;
     tagStation(k, code, last);
 }
+
+// Writes a solved target line: its parts into the stations after m_nPrev (the first with the line's
+// code, the others 1, the last aiming at the target), advances m_nPrev past them and clears
+// m_nError.
+void CPlan::storeLine(short code, std::initializer_list<SStation> parts) {
+    int k = m_nPrev + 1;
+    for (const SStation& part : parts) {
+        storePart(k, part, k == m_nPrev + 1 ? code : 1,
+                  k == m_nPrev + static_cast<int>(parts.size()));
+        ++k;
+    }
+    m_nPrev += static_cast<int>(parts.size());
+    m_nError = ERR_NONE;
+}

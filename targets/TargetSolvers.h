@@ -11,19 +11,10 @@
 #include <cstddef>
 
 #include "geometry/Numerics.h"
+#include "geometry/Vec3.h"
 #include "plan/Records.h"
 
 namespace orrin {
-
-/// A vector of the frame (east, north, down).
-struct Vec3 {
-    double e = 0.0, n = 0.0, v = 0.0;
-    Vec3 operator+(Vec3 b) const { return {e + b.e, n + b.n, v + b.v}; }
-    Vec3 operator-(Vec3 b) const { return {e - b.e, n - b.n, v - b.v}; }
-    friend Vec3 operator*(double k, Vec3 a) { return {k * a.e, k * a.n, k * a.v}; }
-    friend double dot(Vec3 a, Vec3 b) { return a.e * b.e + a.n * b.n + a.v * b.v; }
-    double length() const { return std::sqrt(dot(*this, *this)); }
-};
 
 /// Position (east, north, down) of a station, its stored unit direction (ue, un, uv), and a
 /// target's position.
