@@ -216,9 +216,9 @@ void CPlan::meth_dtoli() {
     ++m_nPrev;
 }
 
-// 920: the single arc from the start to the target (stagg), stored whole as the station after
-// m_nPrev with the code 920 and the target's name and flag. The geometry cannot fail: a target
-// straight ahead gives a straight course with zero rates.
+// 920: the single arc from the start to the target (stagg), stored as the station after m_nPrev
+// with the code 920 and the target's name and flag. The geometry cannot fail: a target straight
+// ahead gives a straight course with zero rates.
 void CPlan::meth_dtctt() {
     const int k1 = m_nPrev + 1;
     if (!hasStation(k1)) {
@@ -226,9 +226,7 @@ void CPlan::meth_dtctt() {
         return;
     }
     stagg(m_target.tvd, m_target.ns, m_target.ew);
-    m_stations[k1] = m_stnA;
-    tagStation(k1, 920, true);
-    ++m_nPrev;
+    storeLine(920, {m_stnA});
 }
 
 // 930: the single arc of course length L to the target's north and east, whose vertical depth is
@@ -261,9 +259,7 @@ void CPlan::meth_dtctmd() {
         m_nError = ERR_TANGENT_OVERLAP;
         return;
     }
-    m_stations[k1] = m_stnA;
-    tagStation(k1, 930, true);
-    ++m_nPrev;
+    storeLine(930, {m_stnA});
 }
 
 // 1910: an arc of dogleg severity m_dMethodParam1, then a hold to the target.
@@ -339,11 +335,7 @@ void CPlan::meth_dtshc() {
         m_nError = ERR_BUILD_TURN;
         return;
     }
-    m_stations[k1] = m_stnPrev;
-    m_stations[k1].dls = m_stations[k1].tf = 0.0;
-    tagStation(k1, 1920, false);
-
-    m_stations[k2] = m_stnA;
-    tagStation(k2, 1, true);
-    m_nPrev += 2;
+    SStation hold = m_stnPrev;
+    hold.dls = hold.tf = 0.0;
+    storeLine(1920, {hold, m_stnA});
 }
