@@ -234,7 +234,7 @@ void CPlan::meth_dtctt() {
 // A fixed-point iteration on the depth: start from the depth of a vertical course of length L, lay
 // the arc (stagg) and add the course shortfall L - (arc length) to the depth; stop after 101 passes
 // (tested first) or when the shortfall is below 0.0001. Stopping within 99 passes succeeds: the last
-// arc is stored whole with the code 930 and the target's name and flag, and m_target.tvd keeps the
+// arc is stored with the code 930 and the target's name and flag, and m_target.tvd keeps the
 // solved depth. Stopping later, or not converging, fails with -10, the text this method reports for
 // non-convergence.
 void CPlan::meth_dtctmd() {
