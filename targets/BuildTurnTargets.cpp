@@ -212,8 +212,8 @@ void CPlan::meth_btoli() {
 //   - The smallest counted L with H1 >= 0 and H2 >= 0 is taken (a hold negative by no more than
 //     TOL_CLOSE, rounding, is read as 0). When the target lies in the plane of a curve that stays in
 //     it (no turn), every course fits; the smallest is then where one hold reaches 0, found by
-//     bisection between the last step that fails and the first that fits. No counted root: -4; every one with H1 < 0: -9; some with
-//     H1 >= 0, but all of those with H2 < 0: -10.
+//     bisection between the last step that fails and the first that fits. No counted root: -4;
+//     every one with H1 < 0: -9; some with H1 >= 0, but all of those with H2 < 0: -10.
 // The curve's station stores B and T exactly, the last station the target's position exactly.
 void CPlan::meth_btsch() {
     const int s = m_nPrev + 1;
