@@ -29,26 +29,21 @@ struct V {
     V operator-(V b) const { return {e - b.e, n - b.n, v - b.v}; }
     friend V operator*(double k, V a) { return {k * a.e, k * a.n, k * a.v}; }
     friend double dot(V a, V b) { return a.e * b.e + a.n * b.n + a.v * b.v; }
+    friend double len(V a) { return std::sqrt(dot(a, a)); }
     friend V cross(V a, V b) {
         return {a.n * b.v - a.v * b.n, a.v * b.e - a.e * b.v, a.e * b.n - a.n * b.e};
     }
 };
-double len(V a) {
-    return std::sqrt(dot(a, a));
-}
-V dir(double inc, double azi) {
-    return {std::sin(inc) * std::sin(azi), std::sin(inc) * std::cos(azi), std::cos(inc)};
-}
-V pos(const SStation& s) {
-    return {s.ew, s.ns, s.tvd};
-}
-double incOf(V t) {
-    return std::acos(std::fmax(-1.0, std::fmin(1.0, t.v)));
-}
-double aziOf(V t) {
+const auto dir = [](double inc, double azi) {
+    return V{std::sin(inc) * std::sin(azi), std::sin(inc) * std::cos(azi), std::cos(inc)};
+};
+const auto dirOf = [](const SStation& s) { return dir(s.inc, s.azi); };
+const auto pos = [](const SStation& s) { return V{s.ew, s.ns, s.tvd}; };
+const auto incOf = [](V t) { return std::acos(std::fmax(-1.0, std::fmin(1.0, t.v))); };
+const auto aziOf = [](V t) {
     const double a = std::atan2(t.e, t.n);
     return a < 0.0 ? a + 2.0 * M_PI : a;
-}
+};
 /// The side of toolface tf square to t: tf 0 the high side, pi/2 the right.
 V side(V t, double tf) {
     const double I = incOf(t), A = std::fabs(std::sin(I)) > 1e-9 ? aziOf(t) : 0.0;
@@ -56,15 +51,15 @@ V side(V t, double tf) {
     return std::cos(tf) * high + std::sin(tf) * V{std::cos(A), -std::sin(A), 0.0};
 }
 
-/// A path built from its parts.
+/// A path built from its parts: arc 1, hold, arc 2.
 struct Built {
     V A, B, X, t1;  ///< ends of arc 1 and of the hold, the end, its direction
     double md;      ///< course from the start [L]
 };
-Built build(V p, V t, double d1, double tf1, double R1, double H, double d2, double tf2,
+Built build(const SStation& from, double d1, double tf1, double R1, double H, double d2, double tf2,
             double R2) {
-    const V m1 = side(t, tf1);
-    const V A = p + R1 * std::sin(d1) * t + R1 * (1.0 - std::cos(d1)) * m1;
+    const V t = dirOf(from), m1 = side(t, tf1);
+    const V A = pos(from) + R1 * std::sin(d1) * t + R1 * (1.0 - std::cos(d1)) * m1;
     const V u = std::cos(d1) * t + std::sin(d1) * m1;
     const V B = A + H * u, m2 = side(u, tf2);
     return {A, B, B + R2 * std::sin(d2) * u + R2 * (1.0 - std::cos(d2)) * m2,
@@ -100,7 +95,6 @@ CPlan put(const SStation& from, const Line& l, V X, V t1, bool angles = true) {
     p.PutData(-1);
     return p;
 }
-
 SStation at(const CPlan& p, int i) {
     SStation s;
     p.DumpData(i, s);
@@ -109,7 +103,7 @@ SStation at(const CPlan& p, int i) {
 
 /// The course from `a` to `b` is a circular arc of its stored severity, tangent at both ends.
 void expectArc(const SStation& a, const SStation& b) {
-    const V t = dir(a.inc, a.azi), e = dir(b.inc, b.azi), d = pos(b) - pos(a);
+    const V t = dirOf(a), e = dirOf(b), d = pos(b) - pos(a);
     const double dl = std::acos(std::fmax(-1.0, std::fmin(1.0, dot(t, e))));
     if (dl < 1e-9) return;  // a part of zero turn
     const double R = 1.0 / b.dls;
@@ -120,25 +114,31 @@ void expectArc(const SStation& a, const SStation& b) {
     EXPECT_NEAR((b.md - a.md) / R, dl, kArc) << "course is not the arc";
 }
 
-/// A solved line of n stations after the tie-on: arcs and (n = 3) a straight hold, ending at X with
-/// direction t1, the target on the last station only.
-void expectLine(const CPlan& p, int code, V X, V t1) {
+/// Line `l` solved to n stations after the tie-on: arcs and (n = 3) a straight hold, ending at X
+/// with direction t1, the target on the last station only. The settings given are kept: the first
+/// (p1) and last (p2) severity exactly, the tangent (p3) and the hold's depths (p5, p6); 2940 and
+/// 1940 lay both arcs with one severity.
+void expectLine(const CPlan& p, const Line& l, int code, V X, V t1) {
     const int n = code / 1000 + 1;
-    const SStation s0 = at(p, 0), s1 = at(p, 1), sl = at(p, n);
+    const SStation s1 = at(p, 1), s2 = at(p, 2), sl = at(p, n);
     EXPECT_EQ(s1.method, code);
     EXPECT_TRUE(s1.target.empty() && sl.target == u"T1" && sl.flag);
-    expectArc(s0, s1);
+    expectArc(at(p, 0), s1);
+    expectArc(at(p, n - 1), sl);
     if (n == 3) {
-        const SStation s2 = at(p, 2);
         EXPECT_EQ(s2.method, 1);
         EXPECT_NEAR(len(pos(s2) - pos(s1)), s2.md - s1.md, kPos) << "hold not straight";
-        EXPECT_NEAR(dot(dir(s1.inc, s1.azi), dir(s2.inc, s2.azi)), 1.0, kAng);
-        expectArc(s2, sl);
-    } else {
-        expectArc(s1, sl);
+        EXPECT_NEAR(dot(dirOf(s1), dirOf(s2)), 1.0, kAng);
     }
     EXPECT_NEAR(len(pos(sl) - X), 0.0, kPos) << "end off the target";
-    EXPECT_NEAR(dot(dir(sl.inc, sl.azi), t1), 1.0, kAng) << "arrival direction";
+    EXPECT_NEAR(dot(dirOf(sl), t1), 1.0, kAng) << "arrival direction";
+    const double want[] = {l.p1, l.p2, l.p3, l.p5, l.p6};  // settings left zero: not compared
+    const double got[] = {s1.dls, sl.dls, s2.md - s1.md, s1.tvd, s2.tvd};
+    for (int k = 0; k < 5; ++k) {
+        const double tol = k < 2 ? 0.0 : kPos;  // [rad/L] for the severities, else [L]
+        EXPECT_NEAR(want[k] != 0.0 ? got[k] : 0.0, want[k], tol) << "setting " << k;
+    }
+    EXPECT_NEAR(s1.dls, code == 2940 || code == 1940 ? sl.dls : s1.dls, 1e-12) << "one severity";
 }
 
 /// The settings that the method of `code` takes from a built path.
@@ -154,31 +154,50 @@ Line settingsOf(int code, const Built& b, double R1, double R2, double H) {
     }
 }
 
+/// Line `l` keeps its settings: read back with GetData, and a later edit re-solves it to the same
+/// stations (the line's own settings, not the stray transfer fields of the edit).
+void expectReSolveAndReadBack(CPlan p, const Line& l, int n) {
+    const SStation before = at(p, n);
+    p.m_dMethodParam1 = p.m_dMethodParam2 = p.m_dMethodParam3 = 7.0;
+    p.m_dMethodParam4 = p.m_dMethodParam5 = p.m_dMethodParam6 = 7.0;
+    p.m_nFamily = 20, p.m_nSubMethod = 1, p.m_dMD = before.md + 300.0;  // a hold after it
+    p.PutData(-1);
+    ASSERT_EQ(p.m_nError, 0);
+    EXPECT_EQ(at(p, n).md, before.md);
+    EXPECT_EQ(at(p, n).ew, before.ew);
+    p.GetData(1);
+    EXPECT_EQ(p.m_nFamily, l.family);
+    EXPECT_EQ(p.m_nTargetMethod, l.variant);
+    const double want[] = {l.p1, l.p2, l.p3, l.p4, l.p5, l.p6};  // settings left zero: not compared
+    const double got[] = {p.m_dMethodParam1, p.m_dMethodParam2, p.m_dMethodParam3,
+                          p.m_dMethodParam4, p.m_dMethodParam5, p.m_dMethodParam6};
+    for (int k = 0; k < 6; ++k) EXPECT_EQ(want[k] != 0.0 ? got[k] : 0.0, want[k]) << "p" << k + 1;
+}
+
 }  // namespace
 
 // SPE-204111-PA (2021), Example 2: "OPT AL DLS" with radii 1250 and 1750 ft; the published tangent,
 // arcs and total course to their published digits.
 TEST(OptimumAlign, PublishedCurveHoldCurve) {
     const V X{8800.0, 9500.0, 6500.0}, t1 = dir(85 * kDeg, 30 * kDeg);
-    const CPlan p = put(tie({8000.0, 8000.0, 6000.0}, 75 * kDeg, 15 * kDeg),
-                        {110, 1, 1.0 / 1250, 1.0 / 1750, 0, 0, 0, 0}, X, t1);
+    const Line l{110, 1, 1.0 / 1250, 1.0 / 1750, 0, 0, 0, 0};  // the severities, kept exactly
+    const CPlan p = put(tie({8000.0, 8000.0, 6000.0}, 75 * kDeg, 15 * kDeg), l, X, t1);
     ASSERT_EQ(p.m_nError, 0);
-    expectLine(p, 2910, X, t1);
+    expectLine(p, l, 2910, X, t1);
     const SStation s1 = at(p, 1), s2 = at(p, 2), s3 = at(p, 3);
     EXPECT_NEAR(s2.md - s1.md, 1072.6, 0.05) << "tangent [ft]";
     EXPECT_NEAR(s1.dl / kDeg, 13.953, 0.0005) << "first arc [deg]";
     EXPECT_NEAR(s3.dl / kDeg, 13.109, 0.0005) << "second arc [deg]";
     EXPECT_NEAR(s3.md - 1200.0, 1777.40, 0.005) << "total course [ft]";
-    EXPECT_EQ(s1.dls, 1.0 / 1250);  // the given severities exactly
-    EXPECT_EQ(s3.dls, 1.0 / 1750);
 }
 
 // SPE-204111-PA (2021), Example 4: "HZ Landing" with radius 469.94 on the line through (0, 0,
-// 3280.8) at azimuth 340; the published landing point and arcs.
+// 3280.8) at azimuth 340; the published landing point and arcs, through a whole plan and through
+// meth_horlanc alone, which lays the landing into m_stnA and m_stnC without touching the plan.
 TEST(OptimumAlign, PublishedLanding) {
-    const CPlan p = put(tie({-81.72, 167.78, 3293.92}, 82 * kDeg, 328 * kDeg),
-                        {140, 0, 1.0 / 469.94, 0, 0, 340 * kDeg, 0, 0}, {0.0, 0.0, 3280.8},
-                        dir(M_PI / 2, 340 * kDeg));
+    const SStation from = tie({-81.72, 167.78, 3293.92}, 82 * kDeg, 328 * kDeg);
+    const Line l{140, 0, 1.0 / 469.94, 0, 0, 340 * kDeg, 0, 0};
+    const CPlan p = put(from, l, {0.0, 0.0, 3280.8}, dir(M_PI / 2, 340 * kDeg));
     ASSERT_EQ(p.m_nError, 0);
     const SStation s2 = at(p, 2);
     // The published start is rounded to 0.01: the landing point agrees to one unit in that digit.
@@ -188,12 +207,24 @@ TEST(OptimumAlign, PublishedLanding) {
     EXPECT_EQ(std::make_pair(s2.inc, s2.azi), std::make_pair(M_PI / 2, 340 * kDeg));
     EXPECT_NEAR(at(p, 1).dl / kDeg, 30.774, 0.0005);
     EXPECT_NEAR(s2.dl / kDeg, 16.385, 0.0005);
-    expectLine(p, 1950, pos(s2), dir(M_PI / 2, 340 * kDeg));
+    expectLine(p, l, 1950, pos(s2), dir(M_PI / 2, 340 * kDeg));
+
+    CPlan q;
+    q.NewData(5);
+    q.LoadData(0, from);
+    q.DumpData(0, q.m_stnPrev);
+    q.m_target.tvd = 3280.8, q.m_target.ns = q.m_target.ew = 0.0;
+    ASSERT_EQ(q.meth_horlanc(1.0 / 469.94, 340 * kDeg), 0);
+    EXPECT_NEAR(q.m_stnC.ns, 533.30, 0.005);
+    EXPECT_NEAR(q.m_stnA.dl / kDeg, 30.774, 0.0005);
+    EXPECT_EQ(q.m_nPrev, 0);
+    EXPECT_EQ(at(q, 1).method, 0);
+    EXPECT_EQ(q.meth_horlanc(0.0, 1.0), -1);
 }
 
 // Paths built from chosen arcs and holds, their end taken as the target: each method finds that
-// path or a shorter valid one, with the given settings exactly. Long arcs, short holds and arcs
-// turning far round are among them.
+// path or a shorter valid one, with the given settings exactly, and keeps them through a re-solve.
+// Long arcs, short holds and arcs turning far round are among them.
 TEST(OptimumAlign, KnownPaths) {
     const struct {
         const char* name;
@@ -213,155 +244,88 @@ TEST(OptimumAlign, KnownPaths) {
     const SStation from = tie();
     for (const auto& r : rows) {
         SCOPED_TRACE(r.name);
-        const Built b =
-            build(pos(from), dir(from.inc, from.azi), r.d1, r.tf1, r.R1, r.H, r.d2, r.tf2, r.R2);
-        const CPlan p = put(from, settingsOf(r.code, b, r.R1, r.R2, r.H), b.X, b.t1);
+        const Built b = build(from, r.d1, r.tf1, r.R1, r.H, r.d2, r.tf2, r.R2);
+        const Line l = settingsOf(r.code, b, r.R1, r.R2, r.H);
+        const CPlan p = put(from, l, b.X, b.t1);
         ASSERT_EQ(p.m_nError, 0);
-        expectLine(p, r.code, b.X, b.t1);
+        expectLine(p, l, r.code, b.X, b.t1);
         const int n = r.code / 1000 + 1;
         EXPECT_LE(at(p, n).md - from.md, b.md + kShorter);
-        if (r.code == 2910 || r.code == 1960) {
-            EXPECT_EQ(at(p, 1).dls, 1.0 / r.R1);
-        }
-        if (r.code == 2910 || r.code == 1970) {
-            EXPECT_EQ(at(p, n).dls, 1.0 / r.R2);
-        }
-        if (r.code == 2940) {
-            EXPECT_NEAR(at(p, 2).md - at(p, 1).md, r.H, kPos);
-        }
-        if (r.code == 2940 || r.code == 1940) {
-            EXPECT_NEAR(at(p, 1).dls, at(p, n).dls, 1e-12);
-        }
-        if (r.code == 2950) {
-            EXPECT_NEAR(at(p, 1).tvd, b.A.v, kPos);
-            EXPECT_NEAR(at(p, 2).tvd, b.B.v, kPos);
-        }
+        expectReSolveAndReadBack(p, l, n);
     }
 }
 
 // A landing built from two arcs of one radius onto a horizontal direction, aimed at another point of
-// the same line (either side of the landing): found, on the line, no longer than built.
+// the same line (either side of the landing): found, on the line, no longer than built, and kept
+// through a re-solve.
 TEST(OptimumAlign, LandingAnywhereOnTheLine) {
     const SStation from = tie({0.0, 0.0, 2000.0}, 1.1, 0.2);
+    const double R = 800.0, azi = 1.3;
+    const V t1 = dir(M_PI / 2, azi);
+    const Built a = build(from, 0.3, 1.2, R, 0.0, 0.0, 0.0, R);
+    const V u = a.t1, w = t1 - dot(u, t1) * u;
+    const double d2 = std::acos(dot(u, t1));
+    const V X = a.X + R * std::sin(d2) * u + R * (1 - std::cos(d2)) * ((1.0 / len(w)) * w);
     for (double shift : {-700.0, 0.0, 1500.0}) {
         SCOPED_TRACE(shift);
-        const double R = 800.0, azi = 1.3;
-        const V t1 = dir(M_PI / 2, azi);
-        const Built a = build(pos(from), dir(from.inc, from.azi), 0.3, 1.2, R, 0.0, 0.0, 0.0, R);
-        const V u = a.t1, w = t1 - dot(u, t1) * u;
-        const double d2 = std::acos(dot(u, t1));
-        const V X = a.X + R * std::sin(d2) * u + R * (1 - std::cos(d2)) * ((1.0 / len(w)) * w);
-        const CPlan p = put(from, {140, 0, 1.0 / R, 0, 0, azi, 0, 0}, X + shift * t1, t1);
+        const Line l{140, 0, 1.0 / R, 0, 0, azi, 0, 0};
+        const CPlan p = put(from, l, X + shift * t1, t1);
         ASSERT_EQ(p.m_nError, 0);
         const SStation end = at(p, 2);
         const V off = pos(end) - X;
         EXPECT_NEAR(len(off - dot(off, t1) * t1), 0.0, kPos) << "not on the line";
         EXPECT_EQ(end.tvd, X.v);
-        expectLine(p, 1950, pos(end), t1);
+        expectLine(p, l, 1950, pos(end), t1);
         EXPECT_LE(end.md - from.md, 0.3 * R + d2 * R + kShorter);
+        expectReSolveAndReadBack(p, l, 2);
     }
 }
 
 // Every failure code, in the order the methods test them; a failing line leaves the plan as it was.
 TEST(OptimumAlign, FailureCodes) {
-    const SStation from = tie();
-    const V t0 = dir(from.inc, from.azi), ahead = pos(from) + 900.0 * t0;
+    const SStation from = tie(), flat = tie(pos(from), M_PI / 2, from.azi);
+    const V t0 = dirOf(from), ahead = pos(from) + 900.0 * t0;
     const V far = pos(from) + V{400.0, 300.0, 700.0}, t1 = dir(1.2, 2.0);
     const V near = pos(from) + V{30.0, 0.0, 20.0};
     const struct {
         const char* name;
         Line line;
         V X, t1;
-        bool angles;
         int error;
+        bool angles = true;
+        const SStation* start = nullptr;
     } rows[] = {
-        {"2910 no arrival angles", {110, 1, 1e-3, 1e-3, 0, 0, 0, 0}, far, t1, false, -16},
-        {"2910 target on the start", {110, 1, 1e-3, 1e-3, 0, 0, 0, 0}, pos(from), t1, true, -12},
-        {"2910 DLS1 zero", {110, 1, 0, 1e-3, 0, 0, 0, 0}, far, t1, true, -1},
-        {"2910 DLS2 zero", {110, 1, 1e-3, 0, 0, 0, 0, 0}, far, t1, true, -2},
-        {"2910 too gentle", {110, 1, 1e-5, 1e-5, 0, 0, 0, 0}, near, t1, true, -1},
-        {"2940 tangent negative", {110, 4, 0, 0, -5, 0, 0, 0}, far, t1, true, -13},
-        {"2940 tangent too long", {110, 4, 0, 0, 5000, 0, 0, 0}, far, t1, true, -13},
-        {"2950 depths unreachable", {110, 5, 0, 0, 0, 0, 900, 800}, far, t1, true, -17},
-        {"1940 no curve needed", {110, 8, 0, 0, 0, 0, 0, 0}, ahead, t0, true, -12},
-        {"1960 DLS1 zero", {110, 6, 0, 0, 0, 0, 0, 0}, far, t1, true, -1},
-        {"1960 no curve needed", {110, 6, 1e-3, 0, 0, 0, 0, 0}, ahead, t0, true, -12},
-        {"1960 too gentle", {110, 6, 1e-6 * 2, 0, 0, 0, 0, 0}, near, t1, true, -1},
-        {"1970 DLS2 zero", {110, 7, 0, 0, 0, 0, 0, 0}, far, t1, true, -2},
-        {"1970 no curve needed", {110, 7, 0, 1e-3, 0, 0, 0, 0}, ahead, t0, true, -12},
-        {"1970 too gentle", {110, 7, 0, 1e-6 * 2, 0, 0, 0, 0}, near, t1, true, -2},
-        {"1950 DLS zero", {140, 0, 0, 0, 0, from.azi, 0, 0}, far, t1, true, -1},
+        {"2910 no arrival angles", {110, 1, 1e-3, 1e-3, 0, 0, 0, 0}, far, t1, -16, false},
+        {"2910 target on the start", {110, 1, 1e-3, 1e-3, 0, 0, 0, 0}, pos(from), t1, -12},
+        {"2910 DLS1 zero", {110, 1, 0, 1e-3, 0, 0, 0, 0}, far, t1, -1},
+        {"2910 DLS2 zero", {110, 1, 1e-3, 0, 0, 0, 0, 0}, far, t1, -2},
+        {"2910 too gentle", {110, 1, 1e-5, 1e-5, 0, 0, 0, 0}, near, t1, -1},
+        {"2940 tangent negative", {110, 4, 0, 0, -5, 0, 0, 0}, far, t1, -13},
+        {"2940 tangent too long", {110, 4, 0, 0, 5000, 0, 0, 0}, far, t1, -13},
+        {"2950 depths unreachable", {110, 5, 0, 0, 0, 0, 900, 800}, far, t1, -17},
+        {"1940 no curve needed", {110, 8, 0, 0, 0, 0, 0, 0}, ahead, t0, -12},
+        {"1960 DLS1 zero", {110, 6, 0, 0, 0, 0, 0, 0}, far, t1, -1},
+        {"1960 no curve needed", {110, 6, 1e-3, 0, 0, 0, 0, 0}, ahead, t0, -12},
+        {"1960 too gentle", {110, 6, 2e-6, 0, 0, 0, 0, 0}, near, t1, -1},
+        {"1970 DLS2 zero", {110, 7, 0, 0, 0, 0, 0, 0}, far, t1, -2},
+        {"1970 no curve needed", {110, 7, 0, 1e-3, 0, 0, 0, 0}, ahead, t0, -12},
+        {"1970 too gentle", {110, 7, 0, 2e-6, 0, 0, 0, 0}, near, t1, -2},
+        {"1950 DLS zero", {140, 0, 0, 0, 0, from.azi, 0, 0}, far, t1, -1},
         {"1950 on the line along it",
          {140, 0, 1e-3, 0, 0, from.azi, 0, 0},
-         pos(from) + V{0.0, 0.0, 0.0},
+         pos(from),
          t1,
+         -12,
          true,
-         -12},
+         &flat},
     };
     for (const auto& r : rows) {
         SCOPED_TRACE(r.name);
-        SStation start = from;
-        if (std::string(r.name) == "1950 on the line along it") start.inc = M_PI / 2;
-        const CPlan p = put(start, r.line, r.X, r.t1, r.angles);
+        const CPlan p = put(r.start ? *r.start : from, r.line, r.X, r.t1, r.angles);
         EXPECT_EQ(p.m_nError, r.error);
         EXPECT_EQ(p.m_nPrev, 0);
         EXPECT_EQ(p.m_nFirst, 1);
     }
-}
-
-// Each line keeps its settings: read back with GetData, and a later edit re-solves it to the same
-// stations (the line's own settings, not the transfer fields of the edit).
-TEST(OptimumAlign, ResolveAndReadBack) {
-    const SStation from = tie();
-    const Built b = build(pos(from), dir(from.inc, from.azi), 0.6, 0.4, 900, 500, 0.8, -1.0, 700);
-    for (int code : {2910, 2940, 2950, 1960, 1970, 1950}) {
-        SCOPED_TRACE(code);
-        const Built bb = code / 1000 == 1 ? build(pos(from), dir(from.inc, from.azi), 0.6, 0.4, 900,
-                                                  0.0, 0.8, -1.0, 700)
-                                          : b;
-        Line l = settingsOf(code, bb, 900, 700, 500);
-        V t1 = bb.t1;
-        if (code == 1950) {
-            l.p4 = 1.0, t1 = dir(M_PI / 2, 1.0);
-        }
-        CPlan p = put(from, l, bb.X, t1);
-        ASSERT_EQ(p.m_nError, 0);
-        const int n = code / 1000 + 1;
-        const SStation before = at(p, n);
-        p.m_dMethodParam1 = p.m_dMethodParam2 = p.m_dMethodParam3 = 7.0;  // stray transfer fields
-        p.m_dMethodParam4 = p.m_dMethodParam5 = p.m_dMethodParam6 = 7.0;
-        p.m_nFamily = 20, p.m_nSubMethod = 1, p.m_dMD = before.md + 300.0;  // a hold after it
-        p.PutData(-1);
-        ASSERT_EQ(p.m_nError, 0);
-        EXPECT_EQ(at(p, n).md, before.md);
-        EXPECT_EQ(pos(at(p, n)).e, pos(before).e);
-        p.GetData(1);
-        EXPECT_EQ(p.m_nFamily, l.family);
-        EXPECT_EQ(p.m_nTargetMethod, l.variant);
-        const double want[] = {l.p1, l.p2, l.p3, l.p4, l.p5, l.p6};
-        const double got[] = {p.m_dMethodParam1, p.m_dMethodParam2, p.m_dMethodParam3,
-                              p.m_dMethodParam4, p.m_dMethodParam5, p.m_dMethodParam6};
-        for (int k = 0; k < 6; ++k) {
-            if (want[k] != 0.0) {
-                EXPECT_EQ(got[k], want[k]) << "parameter " << k + 1;
-            }
-        }
-    }
-}
-
-// meth_horlanc lays the landing into m_stnA and m_stnC without touching the plan.
-TEST(OptimumAlign, LandingWithoutStoring) {
-    CPlan p;
-    p.NewData(5);
-    p.LoadData(0, tie({-81.72, 167.78, 3293.92}, 82 * kDeg, 328 * kDeg));
-    p.DumpData(0, p.m_stnPrev);
-    p.m_target.tvd = 3280.8, p.m_target.ns = p.m_target.ew = 0.0;
-    ASSERT_EQ(p.meth_horlanc(1.0 / 469.94, 340 * kDeg), 0);
-    EXPECT_NEAR(p.m_stnC.ns, 533.30, 0.005);
-    EXPECT_NEAR(p.m_stnA.dl / kDeg, 30.774, 0.0005);
-    EXPECT_EQ(p.m_nPrev, 0);
-    EXPECT_EQ(at(p, 1).method, 0);
-    EXPECT_EQ(p.meth_horlanc(0.0, 1.0), -1);
 }
 
 // Random poses from paths built with arcs of 0.2 to 2.5 rad, holds of 50 to 2000 and radii of 200 to
@@ -376,13 +340,14 @@ TEST(OptimumAlign, RandomPosesNoneMissed) {
             const double R1 = 200 + 2800 * u(gen);
             const double R2 = code == 2940 || code == 1940 ? R1 : 200 + 2800 * u(gen);
             const double H = code > 2000 ? 50 + 1950 * u(gen) : 0.0;
-            const Built b = build(pos(from), dir(from.inc, from.azi), 0.2 + 2.3 * u(gen),
-                                  6.2 * u(gen), R1, H, 0.2 + 2.3 * u(gen), 6.2 * u(gen), R2);
+            const Built b = build(from, 0.2 + 2.3 * u(gen), 6.2 * u(gen), R1, H, 0.2 + 2.3 * u(gen),
+                                  6.2 * u(gen), R2);
             SCOPED_TRACE(testing::Message() << "pose " << k << " code " << code);
-            const CPlan p = put(from, settingsOf(code, b, R1, R2, H), b.X, b.t1);
+            const Line l = settingsOf(code, b, R1, R2, H);
+            const CPlan p = put(from, l, b.X, b.t1);
             ASSERT_EQ(p.m_nError, 0);
             EXPECT_LE(at(p, code / 1000 + 1).md - from.md, b.md + kShorter);
-            expectLine(p, code, b.X, b.t1);
+            expectLine(p, l, code, b.X, b.t1);
         }
     }
 }
