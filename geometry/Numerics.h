@@ -3,6 +3,8 @@
 #pragma once
 
 #include <cmath>
+#include <cstdint>
+#include <cstring>
 
 namespace orrin {
 
@@ -70,6 +72,13 @@ inline double acos_u(double x) {
 /// asin under the library's clamp policy (see unit_arg).
 inline double asin_u(double x) {
     return std::asin(unit_arg(x));
+}
+
+/// The bit pattern of x: memos compare angles and depths by it, so that -0.0 and +0.0 stay apart.
+inline std::uint64_t bits_of(double x) {
+    std::uint64_t b;
+    std::memcpy(&b, &x, sizeof b);
+    return b;
 }
 
 }  // namespace orrin

@@ -3,7 +3,9 @@
 // A dogleg/toolface arc is one circular arc of dogleg severity K whose plane is set by the toolface
 // TF at its start. A constant-toolface curve keeps its toolface relative to the hole's high side all
 // the way; it is built as a chain of such arcs, each 1.0 length unit long.
+#include <algorithm>
 #include <cmath>
+#include <cstdint>
 
 #include "geometry/Numerics.h"
 #include "plan/CPlan.h"
@@ -108,16 +110,35 @@ void CPlan::dttotvd(double tvd, double dls, double tf) {
 // from the start, each starting where the last ended with the same toolface measured from its own
 // high side; the last arc is shortened to end exactly at the end depth. A line shorter than 1.0 is
 // left as it was loaded. m_stnPrev is put back afterwards; m_stnC holds the end. A curve longer than
-// MAX_CT_STEPS arcs stops there with -17 (m_bWalkBounded set).
+// MAX_CT_STEPS arcs stops there with -17 (m_bWalkBounded set). A walk with the same start, severity,
+// toolface and end as the last one recorded in m_walkMemo is not laid again: its result is copied.
 void CPlan::constant_toolface() {
     const SStation s0 = m_stnPrev;
     const double K = m_stnC.dls, TF = m_stnC.tf, end = m_stnC.md;
+    const std::uint64_t key[10] = {
+        bits_of(s0.md), bits_of(s0.inc), bits_of(s0.azi), bits_of(s0.tvd), bits_of(s0.ns),
+        bits_of(s0.ew), bits_of(K),      bits_of(TF),     bits_of(end),    m_bHorizontalTurn};
+    SWalkMemo& memo = m_walkMemo;
+    if (memo.valid && std::equal(key, key + 10, memo.key)) {
+        // The same walk again: the arcs it lays are those recorded.
+        if (memo.laid) {
+            const SStation& e = memo.end;
+            m_stnC.md = e.md, m_stnC.inc = e.inc, m_stnC.azi = e.azi, m_stnC.tvd = e.tvd;
+            m_stnC.ns = e.ns, m_stnC.ew = e.ew, m_stnC.dls = e.dls, m_stnC.tf = e.tf;
+            m_stnC.dl = e.dl, m_stnC.build = e.build, m_stnC.turn = e.turn;
+            m_nPrev = 1;
+            m_nError = memo.error;
+            if (memo.bounded) m_bWalkBounded = true;
+        }
+        return;
+    }
     double step = CT_STEP;
     double md = s0.md + CT_STEP;
     long steps = 0;
+    bool bounded = false;
     while (md <= end) {
         if (++steps > MAX_CT_STEPS) {
-            m_bWalkBounded = true;
+            bounded = m_bWalkBounded = true;
             m_nError = ERR_TVD_UNREACHABLE;
             break;
         }
@@ -128,6 +149,14 @@ void CPlan::constant_toolface() {
         md += step;
     }
     m_stnPrev = s0;
+    // Recorded only when the first arc has a course of exactly CT_STEP, so that every field the
+    // record copies was written by the walk itself (a start too deep for that is not a real one).
+    memo.valid = s0.md + CT_STEP - s0.md == CT_STEP;
+    std::copy(key, key + 10, memo.key);
+    memo.laid = steps > 0;
+    memo.end = m_stnC;
+    memo.error = m_nError;
+    memo.bounded = bounded;
 }
 
 // A constant-toolface curve from m_stnPrev to measured depth md (a course length when it is not

@@ -288,9 +288,12 @@ void CPlan::meth_optdl1() {
     const double TF = m_stnC.tf;
     const double I1 = m_stnPrev.inc;
     const double A1 = m_stnPrev.azi;
-    const double t1n = std::sin(I1) * std::cos(A1);
-    const double t1e = std::sin(I1) * std::sin(A1);
-    const double t1v = std::cos(I1);
+    double sI1, cI1, sA1, cA1;
+    sincosOf(I1, sI1, cI1);
+    sincosOf(A1, sA1, cA1);
+    const double t1n = sI1 * cA1;
+    const double t1e = sI1 * sA1;
+    const double t1v = cI1;
 
     if (L * K <= TOL_ZERO) {
         m_stnC.inc = I1;
@@ -300,15 +303,12 @@ void CPlan::meth_optdl1() {
         m_stnC.ew = m_stnPrev.ew + L * t1e;
     } else {
         const double DL = L * K;
-        const double cd = std::cos(DL);
-        const double sd = std::sin(DL);
-        const double ct = std::cos(TF);
-        const double st = std::sin(TF);
-        const double t2e = cd * std::sin(I1) * std::sin(A1) + st * sd * std::cos(A1) +
-                           ct * sd * std::cos(I1) * std::sin(A1);
-        const double t2n = ct * sd * std::cos(I1) * std::cos(A1) - st * sd * std::sin(A1) +
-                           cd * std::sin(I1) * std::cos(A1);
-        const double t2v = cd * std::cos(I1) - ct * sd * std::sin(I1);
+        double sd, cd, st, ct;
+        sincosOf(DL, sd, cd);
+        sincosOf(TF, st, ct);
+        const double t2e = cd * sI1 * sA1 + st * sd * cA1 + ct * sd * cI1 * sA1;
+        const double t2n = ct * sd * cI1 * cA1 - st * sd * sA1 + cd * sI1 * cA1;
+        const double t2v = cd * cI1 - ct * sd * sI1;
         const double f = std::tan(DL / 2.0) / K;
         m_stnC.tvd = m_stnPrev.tvd + (t1v + t2v) * f;
         m_stnC.ns = m_stnPrev.ns + (t1n + t2n) * f;

@@ -52,8 +52,11 @@ void CPlan::solve1() {
     const double I1 = m_stnPrev.inc;
     const double I2 = m_stnC.inc;
     const double dA = is_nonzero(I1) ? getdaz(m_stnC.azi - m_stnPrev.azi) : 0.0;
-    double tf = tangle(std::sin(I2) * std::sin(dA),
-                       std::sin(I2) * std::cos(I1) * std::cos(dA) - std::cos(I2) * std::sin(I1));
+    double sI1, cI1, sI2, cI2, sdA, cdA;
+    sincosOf(I1, sI1, cI1);
+    sincosOf(I2, sI2, cI2);
+    sincosOf(dA, sdA, cdA);
+    double tf = tangle(sI2 * sdA, sI2 * cI1 * cdA - cI2 * sI1);
     tf = getdaz(tf);
     if (is_zero(I1) && is_nonzero(I2)) tf = deltaz(m_stnC.azi);
     if (is_zero(I1 - I2) && is_zero(dA)) tf = 0.0;
@@ -69,7 +72,11 @@ void CPlan::solve2() {
     const double I1 = m_stnPrev.inc;
     const double I2 = m_stnC.inc;
     const double dA = getdaz(m_stnC.azi - m_stnPrev.azi);
-    m_stnC.dl = acos_u(std::cos(I1) * std::cos(I2) + std::sin(I1) * std::sin(I2) * std::cos(dA));
+    double sI1, cI1, sI2, cI2, sdA, cdA;
+    sincosOf(I1, sI1, cI1);
+    sincosOf(I2, sI2, cI2);
+    sincosOf(dA, sdA, cdA);
+    m_stnC.dl = acos_u(cI1 * cI2 + sI1 * sI2 * cdA);
 }
 
 // End azimuth of the arc of dogleg DL started with toolface TF.
@@ -88,9 +95,14 @@ void CPlan::solve3() {
     const double A1 = m_stnPrev.azi;
     const double DL = m_stnC.dl;
     const double TF = m_stnC.tf;
-    const double h = std::cos(DL) * std::sin(I1) + std::sin(DL) * std::cos(TF) * std::cos(I1);
-    const double s = std::sin(DL) * std::sin(TF);
-    m_stnC.azi = tangle(std::sin(A1) * h + std::cos(A1) * s, std::cos(A1) * h - std::sin(A1) * s);
+    double sI1, cI1, sA1, cA1, sDL, cDL, sTF, cTF;
+    sincosOf(I1, sI1, cI1);
+    sincosOf(A1, sA1, cA1);
+    sincosOf(DL, sDL, cDL);
+    sincosOf(TF, sTF, cTF);
+    const double h = cDL * sI1 + sDL * cTF * cI1;
+    const double s = sDL * sTF;
+    m_stnC.azi = tangle(sA1 * h + cA1 * s, cA1 * h - sA1 * s);
 }
 
 // End inclination of the arc of dogleg DL started with toolface TF.
@@ -100,8 +112,11 @@ void CPlan::solve3() {
 void CPlan::solve4() {
     const double I1 = m_stnPrev.inc;
     const double DL = m_stnC.dl;
-    m_stnC.inc =
-        acos_u(std::cos(DL) * std::cos(I1) - std::cos(m_stnC.tf) * std::sin(I1) * std::sin(DL));
+    double sI1, cI1, sDL, cDL, sTF, cTF;
+    sincosOf(I1, sI1, cI1);
+    sincosOf(DL, sDL, cDL);
+    sincosOf(m_stnC.tf, sTF, cTF);
+    m_stnC.inc = acos_u(cDL * cI1 - cTF * sI1 * sDL);
 }
 
 // End inclination at which the arc started with toolface TF reaches the end azimuth A2.

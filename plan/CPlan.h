@@ -19,6 +19,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <initializer_list>
 #include <string>
 #include <utility>
@@ -443,4 +444,33 @@ private:
     int m_nSuggested = -1;
     /// Set when a constant-toolface walk stopped at its step bound (the line then fails with -17).
     bool m_bWalkBounded = false;
+
+    /// The last constant-toolface walk: what it started from (the position and direction of
+    /// m_stnPrev, the curvature model), its dogleg severity, toolface and end depth, and what it
+    /// wrote. A line that walks to find its end and then lays the curve again to that same end
+    /// ("CT1 MD", "CT4 Azm.") takes the second walk from here; it would lay the very same arcs.
+    struct SWalkMemo {
+        bool valid = false;          ///< a walk has been recorded
+        std::uint64_t key[10] = {};  ///< bits of md, inc, azi, tvd, ns, ew, dls, tf, end, model
+        bool laid = false;           ///< the walk laid at least one arc (else m_stnC was kept)
+        SStation end;                ///< m_stnC after the walk (its solved fields are copied)
+        int error = 0;               ///< m_nError after the walk
+        bool bounded = false;        ///< the walk stopped at its step bound
+    };
+    SWalkMemo m_walkMemo;
+
+    // ---- Sine and cosine memo (geometry/Angles.cpp) ----------------------------------------------
+    /// sin x and cos x [-] of an angle x [rad]: the very values std::sin and std::cos give, taken
+    /// from the memo when the same x (to the bit) was asked for lately. One line's solvers take the
+    /// same few angles many times over (both end inclinations in solve1, solve2 and the arc step),
+    /// and a constant-toolface walk the same dogleg and toolface in every arc.
+    void sincosOf(double x, double& s, double& c);
+    struct STrigSlot {
+        std::uint64_t key = 0;  ///< bit pattern of the slot's angle (+0.0 to start)
+        double sin = 0.0;       ///< its sine [-]
+        double cos = 1.0;       ///< its cosine [-]
+    };
+    static constexpr unsigned TRIG_SLOTS =
+        16;  ///< slots of the memo, one chosen by an angle's bits
+    STrigSlot m_trig[TRIG_SLOTS];
 };

@@ -293,6 +293,48 @@ TEST(ConstantToolface, PlanLinesEndOnTheirGivenAngles) {
     }
 }
 
+TEST(ConstantToolface, ACurveLaidBeforeDoesNotChangeTheNext) {
+    // A plan lays each curve twice (to find its end, then to that end) and again on every re-solve.
+    // A curve that differs from the one laid before it in a single value, or in the turn model,
+    // must come out exactly as on a new plan object.
+    const struct {
+        const char* name;
+        void (*change)(SStation& from, double& len, double& K, double& TF, bool& model);
+    } rows[] = {
+        {"the same curve", [](SStation&, double&, double&, double&, bool&) {}},
+        {"start depth", [](SStation& s, double&, double&, double&, bool&) { s.md += 0.5; }},
+        {"start inclination", [](SStation& s, double&, double&, double&, bool&) { s.inc += 1e-9; }},
+        {"start azimuth", [](SStation& s, double&, double&, double&, bool&) { s.azi += 1e-9; }},
+        {"start tvd", [](SStation& s, double&, double&, double&, bool&) { s.tvd += 1; }},
+        {"start north", [](SStation& s, double&, double&, double&, bool&) { s.ns += 1; }},
+        {"start east", [](SStation& s, double&, double&, double&, bool&) { s.ew += 1; }},
+        {"length", [](SStation&, double& len, double&, double&, bool&) { len += 0.25; }},
+        {"severity", [](SStation&, double&, double& K, double&, bool&) { K *= 1.001; }},
+        {"toolface", [](SStation&, double&, double&, double& TF, bool&) { TF += 1e-6; }},
+        {"turn model", [](SStation&, double&, double&, double&, bool& m) { m = !m; }},
+    };
+    for (const auto& r : rows) {
+        SCOPED_TRACE(r.name);
+        SStation from = start(500, 40, 30);
+        double len = 200.5, K = 3 * kPer100, TF = 60 * kDeg;
+        bool model = true;
+        CPlan used;
+        used.m_bHorizontalTurn = model;
+        used.m_stnPrev = from;
+        used.cttomd(len, K, TF);
+        r.change(from, len, K, TF, model);
+        CPlan fresh;
+        for (CPlan* q : {&used, &fresh}) {
+            q->m_bHorizontalTurn = model;
+            q->m_stnPrev = from;
+            q->cttomd(len, K, TF);
+        }
+        const SStation &a = used.m_stnC, &b = fresh.m_stnC;
+        EXPECT_EQ(std::tie(a.md, a.inc, a.azi, a.tvd, a.ns, a.ew, a.dls, a.tf, a.build, a.turn),
+                  std::tie(b.md, b.inc, b.azi, b.tvd, b.ns, b.ew, b.dls, b.tf, b.build, b.turn));
+    }
+}
+
 TEST(Ouija, EveryCombinationOfGivenValues) {
     // From inclination 20, azimuth 30 at md 1000, a line to md 1300. Each row gives some of
     // inclination 35, azimuth 70, DLS and toolface; the same line put as the first-family method of
