@@ -257,7 +257,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         const double ms =
             std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - t0)
                 .count();
-        if (ms > MAX_CALL_MS) fail("a call took longer than 10 ms");
+        if (ms > MAX_CALL_MS) {
+            for (unsigned i = 0; i < plan.m_stations.size() && i < 40; ++i)
+                std::fprintf(stderr, "station %u: method %d md %g\n", i, plan.m_stations[i].method,
+                             plan.m_stations[i].md);
+            std::fprintf(stderr, "the call took %.1f ms\n", ms);
+            fail("a call took longer than 10 ms");
+        }
         if (plan.m_nError > 0 || plan.m_nError < -20) fail("m_nError outside 0 ... -20");
         if (plan.ErrorMessage().empty()) fail("empty error message");
         for (const SStation& s : plan.m_stations) backward = backward || s.method < 0;
