@@ -42,22 +42,6 @@ double CPlan::normalize(double& x, double& y, double& z) {
     return len;
 }
 
-// The memo is direct-mapped: the angle's bits, spread by a Fibonacci multiplier, pick one slot, which
-// a new angle takes over. Bit patterns, not values, are compared, so -0.0 and +0.0 keep their own
-// signed sines.
-void CPlan::sincosOf(double x, double& s, double& c) {
-    const std::uint64_t key = bits_of(x);
-    STrigSlot& slot = m_trig[(key * 0x9E3779B97F4A7C15ull) >> 60];
-    static_assert(TRIG_SLOTS == 16, "the slot is the top four bits of the spread key");
-    if (slot.key != key) {
-        slot.key = key;
-        slot.sin = std::sin(x);
-        slot.cos = std::cos(x);
-    }
-    s = slot.sin;
-    c = slot.cos;
-}
-
 // The unit direction (east, north, down) = (sin A sin I, cos A sin I, cos I).
 void CPlan::vector(double inc, double azi, double& e, double& n, double& v) {
     e = std::sin(azi) * std::sin(inc);

@@ -4,6 +4,7 @@
 // All angles [rad], rates [rad/L], lengths [L]. Direction vectors are (east, north, down), cached in
 // the ue, un, uv fields of a station.
 #include "geometry/Numerics.h"
+#include "geometry/TrigMemo.h"
 #include "plan/CPlan.h"
 
 #include <cmath>
@@ -21,8 +22,8 @@ using namespace orrin;
 // Dogleg severity and toolface are not set here: the line methods take them from getfo.
 void CPlan::mincur() {
     const double dmd = m_stnC.md - m_stnPrev.md;
-    vector(m_stnPrev.inc, m_stnPrev.azi, m_stnPrev.ue, m_stnPrev.un, m_stnPrev.uv);
-    vector(m_stnC.inc, m_stnC.azi, m_stnC.ue, m_stnC.un, m_stnC.uv);
+    unitOf(m_stnPrev);
+    unitOf(m_stnC);
     const double cd =
         m_stnC.un * m_stnPrev.un + m_stnC.ue * m_stnPrev.ue + m_stnC.uv * m_stnPrev.uv;
 
@@ -159,6 +160,6 @@ double CPlan::ptoang() {
     m_stnA.md = m_stnPrev.md;
     m_stnA.inc = m_stnPrev.inc;
     m_stnA.azi = m_stnPrev.azi;
-    vector(m_stnPrev.inc, m_stnPrev.azi, m_stnPrev.ue, m_stnPrev.un, m_stnPrev.uv);
+    unitOf(m_stnPrev);
     return backcal();
 }

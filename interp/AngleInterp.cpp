@@ -7,6 +7,7 @@
 #include <cmath>
 
 #include "geometry/Numerics.h"
+#include "geometry/TrigMemo.h"
 #include "interp/ArcMove.h"
 #include "plan/CPlan.h"
 
@@ -195,8 +196,8 @@ SIntercept CPlan::scan_exact(int mode) {
         m_stnA.ew = P.ew + ue * t;
         m_stnA.ns = P.ns + un * t;
         m_stnA.tvd = P.tvd + uv * t;
-        vector(m_stnPrev.inc, m_stnPrev.azi, m_stnPrev.ue, m_stnPrev.un, m_stnPrev.uv);
-        vector(m_stnC.inc, m_stnC.azi, m_stnC.ue, m_stnC.un, m_stnC.uv);
+        unitOf(m_stnPrev);
+        unitOf(m_stnC);
         const Vec3 t1{P.ue, P.un, P.uv}, t2{C.ue, C.un, C.uv};
         const double cd = t1.e * t2.e + t1.n * t2.n + t1.v * t2.v;
         if (cd <= STRAIGHT_COS) {

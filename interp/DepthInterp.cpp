@@ -12,6 +12,7 @@
 #endif
 
 #include "geometry/Numerics.h"
+#include "geometry/TrigMemo.h"
 #include "interp/ArcMove.h"
 #include "plan/CPlan.h"
 
@@ -88,7 +89,7 @@ void CPlan::mcmdint(double md, bool bConstTF) {
     if (md <= m_stnPrev.md + MD_START_BAND) return;
 
     if (md >= m_stnC.md) {
-        vector(m_stnC.inc, m_stnC.azi, m_stnC.ue, m_stnC.un, m_stnC.uv);
+        unitOf(m_stnC);
         const double s = md - m_stnC.md;
         m_stnA = m_stnC;
         m_stnA.tvd += s * m_stnC.uv;
@@ -139,8 +140,8 @@ void CPlan::mcmdint(double md, bool bConstTF) {
     m_stnA.dls = 0.0;
     SStation& P = m_stnPrev;
     SStation& C = m_stnC;
-    vector(P.inc, P.azi, P.ue, P.un, P.uv);
-    vector(C.inc, C.azi, C.ue, C.un, C.uv);
+    unitOf(P);
+    unitOf(C);
     const double cd = P.ue * C.ue + P.un * C.un + P.uv * C.uv;
     if (cd > STRAIGHT_COS) {
         const double s = md - P.md;
@@ -206,7 +207,7 @@ void CPlan::mcvdint(double tvd) {
     }
 
     if (r >= D) {
-        vector(m_stnC.inc, m_stnC.azi, m_stnC.ue, m_stnC.un, m_stnC.uv);
+        unitOf(m_stnC);
         const double s = is_nonzero(m_stnC.uv) ? (tvd - m_stnC.tvd) / m_stnC.uv : 0.0;
         m_stnA = m_stnC;
         m_stnA.tvd = tvd;
@@ -223,8 +224,8 @@ void CPlan::mcvdint(double tvd) {
 
     SStation& P = m_stnPrev;
     SStation& C = m_stnC;
-    vector(P.inc, P.azi, P.ue, P.un, P.uv);
-    vector(C.inc, C.azi, C.ue, C.un, C.uv);
+    unitOf(P);
+    unitOf(C);
     const double cd = C.un * P.un + P.ue * C.ue + C.uv * P.uv;
     if (cd > STRAIGHT_COS) return;
 

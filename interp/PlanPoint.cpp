@@ -149,20 +149,34 @@ std::size_t CPlan::PlanPointsAt(int quantity, std::size_t count, const double* v
         }
     }
     std::size_t hits = 0;
+    int hint = 1;  // the part the value before was found from
     for (std::size_t i = 0; i < count; ++i) {
         int from = 1;
         if (!low.empty()) {
             // The first k >= 1 with low[k] <= v <= high[k]: both tests only turn true along k.
+            // Sorted values find theirs where the value before did, or in the next part; any other
+            // value by bisection.
             const double v = values[i];
-            int lo = 1, hi = n;  // answer in [lo, hi]; hi = n means none
-            while (lo < hi) {
-                const int mid = lo + (hi - lo) / 2;
-                if (low[mid] <= v && v <= high[mid])
-                    hi = mid;
-                else
-                    lo = mid + 1;
+            const auto holds = [&](int k) { return low[k] <= v && v <= high[k]; };
+            const auto isFirst = [&](int k) {
+                return k < n && holds(k) && (k == 1 || !holds(k - 1));
+            };
+            if (isFirst(hint)) {
+                from = hint;
+            } else if (isFirst(hint + 1)) {
+                from = hint + 1;
+            } else {
+                int lo = 1, hi = n;  // answer in [lo, hi]; hi = n means none
+                while (lo < hi) {
+                    const int mid = lo + (hi - lo) / 2;
+                    if (holds(mid))
+                        hi = mid;
+                    else
+                        lo = mid + 1;
+                }
+                from = lo;
             }
-            from = lo;
+            hint = from;
         }
         const bool ok = pointFromPart(quantity, values[i], from, n);
         out[i] = m_stnA;

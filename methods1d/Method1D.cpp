@@ -5,6 +5,7 @@
 //
 // Angles [rad], dogleg severity, build and turn [rad/L], lengths [L].
 #include "geometry/Numerics.h"
+#include "geometry/TrigMemo.h"
 #include "plan/CPlan.h"
 
 #include <cmath>

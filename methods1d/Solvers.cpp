@@ -12,6 +12,7 @@
 // clears an error already set. Inconsistent inputs may give NaN through acos/asin (see acos_u,
 // asin_u); the solvers hand such a result on as it is, the caller stores it.
 #include "geometry/Numerics.h"
+#include "geometry/TrigMemo.h"
 #include "plan/CPlan.h"
 
 #include <cmath>

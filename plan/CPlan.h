@@ -459,18 +459,20 @@ private:
     };
     SWalkMemo m_walkMemo;
 
-    // ---- Sine and cosine memo (geometry/Angles.cpp) ----------------------------------------------
+    // ---- Sine and cosine memo (geometry/TrigMemo.h) ----------------------------------------------
     /// sin x and cos x [-] of an angle x [rad]: the very values std::sin and std::cos give, taken
     /// from the memo when the same x (to the bit) was asked for lately. One line's solvers take the
     /// same few angles many times over (both end inclinations in solve1, solve2 and the arc step),
     /// and a constant-toolface walk the same dogleg and toolface in every arc.
-    void sincosOf(double x, double& s, double& c);
+    inline void sincosOf(double x, double& s, double& c);  ///< (geometry/TrigMemo.h)
+    /// The unit direction (ue, un, uv) of station s from its inc and azi, as vector gives it.
+    inline void unitOf(SStation& s);
     struct STrigSlot {
         std::uint64_t key = 0;  ///< bit pattern of the slot's angle (+0.0 to start)
         double sin = 0.0;       ///< its sine [-]
         double cos = 1.0;       ///< its cosine [-]
     };
-    static constexpr unsigned TRIG_SLOTS =
-        16;  ///< slots of the memo, one chosen by an angle's bits
+    /// Slots of the memo, one chosen by an angle's bits.
+    static constexpr unsigned TRIG_SLOTS = 16;
     STrigSlot m_trig[TRIG_SLOTS];
 };
