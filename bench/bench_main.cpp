@@ -107,6 +107,29 @@ void BM_PlanPoint(benchmark::State& state) {
 }
 BENCHMARK(BM_PlanPoint)->Arg(CPlan::PLAN_MD)->Arg(CPlan::PLAN_TVD)->Unit(benchmark::kMillisecond);
 
+/// Points every unit along a constant-toolface line 5,000 long: each point lies on the chain of
+/// arcs of 1.0 from the line's start, so sorted points go on along the chain.
+void BM_PlanPointConstantToolface(benchmark::State& state) {
+    CPlan plan;
+    plan.NewData(10);
+    SStation tie;
+    tie.inc = 30 * kDeg, tie.azi = 40 * kDeg;
+    plan.LoadData(0, tie);
+    plan.m_nFamily = 30, plan.m_nSubMethod = 1, plan.m_bConstTF = 1;
+    plan.m_dMD = 5000, plan.m_dDLS = 0.5 * kDeg / 100, plan.m_dTF = 45 * kDeg;
+    plan.PutData(-1);
+    const std::size_t points = 5000;
+    std::vector<double> values(points);
+    for (std::size_t i = 0; i < points; ++i) values[i] = static_cast<double>(i) + 0.5;
+    std::vector<SStation> out(points);
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(
+            plan.PlanPointsAt(CPlan::PLAN_MD, points, values.data(), out.data()));
+    }
+    state.SetItemsProcessed(state.iterations() * static_cast<long>(points));
+}
+BENCHMARK(BM_PlanPointConstantToolface)->Unit(benchmark::kMillisecond);
+
 /// The end station of a plan.
 SStation endOf(const CPlan& plan) {
     SStation s;

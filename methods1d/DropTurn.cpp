@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <vector>
 
 #include "geometry/Numerics.h"
 #include "plan/CPlan.h"
@@ -106,35 +107,81 @@ void CPlan::dttotvd(double tvd, double dls, double tf) {
     m_stnC.turn = daz2hdls(getdaz(m_stnC.azi - m_stnPrev.azi), L, m_stnPrev.inc, m_stnC.build);
 }
 
+namespace {
+
+/// Arcs between two marked arcs of a constant-toolface walk: a point of a curve is reached from the
+/// last mark before it in at most this many arcs, and the marks of the longest walk take
+/// MAX_CT_STEPS / WALK_MARK_EVERY * MARK_SIZE doubles (60 kB).
+constexpr long WALK_MARK_EVERY = 32;
+/// Doubles per mark: the 11 fields a walk writes into m_stnC, then m_nError.
+constexpr std::size_t MARK_SIZE = 12;
+
+// The fields a constant-toolface walk writes into m_stnC, into v[0 .. 10] in the order m_walkMemo
+// keeps them.
+void keepArc(const SStation& s, double* v) {
+    const double f[11] = {s.md,  s.inc, s.azi, s.tvd,   s.ns,  s.ew,
+                          s.dls, s.tf,  s.dl,  s.build, s.turn};
+    std::copy(f, f + 11, v);
+}
+void putArc(const double* v, SStation& s) {
+    s.md = v[0], s.inc = v[1], s.azi = v[2], s.tvd = v[3], s.ns = v[4], s.ew = v[5];
+    s.dls = v[6], s.tf = v[7], s.dl = v[8], s.build = v[9], s.turn = v[10];
+}
+
+}  // namespace
+
 // A constant-toolface curve from m_stnPrev to m_stnC.md with m_stnC.dls and m_stnC.tf: arcs of 1.0
 // from the start, each starting where the last ended with the same toolface measured from its own
 // high side; the last arc is shortened to end exactly at the end depth. A line shorter than 1.0 is
 // left as it was loaded. m_stnPrev is put back afterwards; m_stnC holds the end. A curve longer than
-// MAX_CT_STEPS arcs stops there with -17 (m_bWalkBounded set). A walk with the same start, severity,
-// toolface and end as the last one recorded in m_walkMemo is not laid again: its result is copied.
+// MAX_CT_STEPS arcs stops there with -17 (m_bWalkBounded set).
+// Arcs already laid from the same start with the same severity and toolface are not laid again
+// (m_walkMemo): the same walk is copied whole, and a walk to any depth goes on from the last marked
+// arc at least CT_STEP short of it, which that walk would lay just the same (the shortening of the
+// last arc only starts within CT_STEP of the end). Arcs count as of full length, and may be marked,
+// while each ends exactly at its own depth, one CT_STEP beyond the one before.
 void CPlan::constant_toolface() {
     const SStation s0 = m_stnPrev;
     const double K = m_stnC.dls, TF = m_stnC.tf, end = m_stnC.md;
-    const std::uint64_t key[10] = {
-        bits_of(s0.md), bits_of(s0.inc), bits_of(s0.azi), bits_of(s0.tvd), bits_of(s0.ns),
-        bits_of(s0.ew), bits_of(K),      bits_of(TF),     bits_of(end),    m_bHorizontalTurn};
+    const std::uint64_t key[9] = {bits_of(s0.md),  bits_of(s0.inc), bits_of(s0.azi),
+                                  bits_of(s0.tvd), bits_of(s0.ns),  bits_of(s0.ew),
+                                  bits_of(K),      bits_of(TF),     m_bHorizontalTurn};
     SWalkMemo& memo = m_walkMemo;
-    if (memo.valid && std::equal(key, key + 10, memo.key)) {
-        // The same walk again: the arcs it lays are those recorded.
+    // Only a start shallow enough for its first arc to be of full length (md + CT_STEP exact) is
+    // recorded: a walk from it writes every field the memo keeps.
+    const bool exact = s0.md + CT_STEP - s0.md == CT_STEP;
+    const bool sameStart = exact && memo.valid && std::equal(key, key + 9, memo.key);
+    if (sameStart && memo.endKey == bits_of(end)) {
         if (memo.laid) {
-            const SStation& e = memo.end;
-            m_stnC.md = e.md, m_stnC.inc = e.inc, m_stnC.azi = e.azi, m_stnC.tvd = e.tvd;
-            m_stnC.ns = e.ns, m_stnC.ew = e.ew, m_stnC.dls = e.dls, m_stnC.tf = e.tf;
-            m_stnC.dl = e.dl, m_stnC.build = e.build, m_stnC.turn = e.turn;
+            putArc(memo.end, m_stnC);
             m_nPrev = 1;
             m_nError = memo.error;
             if (memo.bounded) m_bWalkBounded = true;
         }
         return;
     }
+    if (!sameStart) {
+        memo.valid = exact;
+        std::copy(key, key + 9, memo.key);
+        memo.marks.clear();
+    }
+
     double step = CT_STEP;
     double md = s0.md + CT_STEP;
     long steps = 0;
+    bool full = exact;  // every arc so far of full length
+    // The last mark at least CT_STEP short of the end (marks lie at increasing depths).
+    std::size_t usable = memo.marks.size() / MARK_SIZE;
+    while (usable > 0 && end - CT_STEP < memo.marks[(usable - 1) * MARK_SIZE]) --usable;
+    if (usable > 0) {
+        const double* mark = &memo.marks[(usable - 1) * MARK_SIZE];
+        putArc(mark, m_stnC);
+        m_stnPrev = m_stnC;
+        m_nPrev = 1;
+        m_nError = static_cast<int>(mark[11]);
+        steps = static_cast<long>(usable) * WALK_MARK_EVERY;
+        md = mark[0] + CT_STEP;
+    }
     bool bounded = false;
     while (md <= end) {
         if (++steps > MAX_CT_STEPS) {
@@ -142,19 +189,26 @@ void CPlan::constant_toolface() {
             m_nError = ERR_TVD_UNREACHABLE;
             break;
         }
+        const double before = m_stnPrev.md;
+        full = full && step == CT_STEP;
         m_stnC.md = md;
         dttomd(md, K, TF);
         m_stnPrev = m_stnC;
+        full = full && m_stnC.md == md && md > before;
+        if (full && steps % WALK_MARK_EVERY == 0 &&
+            static_cast<std::size_t>(steps / WALK_MARK_EVERY) > memo.marks.size() / MARK_SIZE) {
+            const std::size_t n = memo.marks.size();
+            memo.marks.resize(n + MARK_SIZE);
+            keepArc(m_stnC, &memo.marks[n]);
+            memo.marks[n + 11] = m_nError;
+        }
         if (end - step < m_stnC.md && m_stnC.md < end) step = end - m_stnC.md;
         md += step;
     }
     m_stnPrev = s0;
-    // Recorded only when the first arc has a course of exactly CT_STEP, so that every field the
-    // record copies was written by the walk itself (a start too deep for that is not a real one).
-    memo.valid = s0.md + CT_STEP - s0.md == CT_STEP;
-    std::copy(key, key + 10, memo.key);
+    memo.endKey = bits_of(end);
     memo.laid = steps > 0;
-    memo.end = m_stnC;
+    keepArc(m_stnC, memo.end);
     memo.error = m_nError;
     memo.bounded = bounded;
 }

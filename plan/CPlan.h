@@ -445,17 +445,23 @@ private:
     /// Set when a constant-toolface walk stopped at its step bound (the line then fails with -17).
     bool m_bWalkBounded = false;
 
-    /// The last constant-toolface walk: what it started from (the position and direction of
-    /// m_stnPrev, the curvature model), its dogleg severity, toolface and end depth, and what it
-    /// wrote. A line that walks to find its end and then lays the curve again to that same end
-    /// ("CT1 MD", "CT4 Azm.") takes the second walk from here; it would lay the very same arcs.
+    /// The constant-toolface walks laid last from one start: the start (the position and
+    /// direction of m_stnPrev), the dogleg severity, toolface and curvature model; the last whole walk
+    /// and what it wrote; and every WALK_MARK_EVERY-th arc of full length laid from that start. A line
+    /// that walks to find its end and then lays the curve again to that same end ("CT1 MD", "CT4
+    /// Azm.") takes the second walk whole from here, and a point of a line (a walk to a depth within
+    /// it) goes on from the last marked arc before it: in both it would lay the very same arcs.
+    /// The fields a walk writes into m_stnC are kept as md, inc, azi, tvd, ns, ew, dls, tf, dl,
+    /// build, turn.
     struct SWalkMemo {
-        bool valid = false;          ///< a walk has been recorded
-        std::uint64_t key[10] = {};  ///< bits of md, inc, azi, tvd, ns, ew, dls, tf, end, model
-        bool laid = false;           ///< the walk laid at least one arc (else m_stnC was kept)
-        SStation end;                ///< m_stnC after the walk (its solved fields are copied)
-        int error = 0;               ///< m_nError after the walk
-        bool bounded = false;        ///< the walk stopped at its step bound
+        bool valid = false;         ///< a start has been recorded
+        std::uint64_t key[9] = {};  ///< bits of md, inc, azi, tvd, ns, ew; dls, tf; the model
+        std::uint64_t endKey = 0;   ///< bits of the end depth of the last whole walk
+        bool laid = false;          ///< that walk laid an arc (else it kept m_stnC as it was)
+        double end[11] = {};        ///< what that walk wrote
+        int error = 0;              ///< m_nError after it
+        bool bounded = false;       ///< it stopped at its step bound
+        std::vector<double> marks;  ///< per marked arc: what it wrote, then m_nError after it
     };
     SWalkMemo m_walkMemo;
 

@@ -294,42 +294,54 @@ TEST(ConstantToolface, PlanLinesEndOnTheirGivenAngles) {
 }
 
 TEST(ConstantToolface, ACurveLaidBeforeDoesNotChangeTheNext) {
-    // A plan lays each curve twice (to find its end, then to that end) and again on every re-solve.
-    // A curve that differs from the one laid before it in a single value, or in the turn model,
-    // must come out exactly as on a new plan object.
+    // A plan lays each curve twice (to find its end, then to that end), again on every re-solve,
+    // and once more for each point asked of it. After a curve of length 200.5 from md 500, a curve
+    // that differs from it in one value, or in the turn model, must come out exactly as on a new
+    // plan object.
     const struct {
         const char* name;
-        void (*change)(SStation& from, double& len, double& K, double& TF, bool& model);
+        double dmd, dinc, dazi, dtvd, dns, dew;  // change of the start
+        double len, dlsFactor, dtf;              // the second curve's length; its changes
+        bool flipModel;
     } rows[] = {
-        {"the same curve", [](SStation&, double&, double&, double&, bool&) {}},
-        {"start depth", [](SStation& s, double&, double&, double&, bool&) { s.md += 0.5; }},
-        {"start inclination", [](SStation& s, double&, double&, double&, bool&) { s.inc += 1e-9; }},
-        {"start azimuth", [](SStation& s, double&, double&, double&, bool&) { s.azi += 1e-9; }},
-        {"start tvd", [](SStation& s, double&, double&, double&, bool&) { s.tvd += 1; }},
-        {"start north", [](SStation& s, double&, double&, double&, bool&) { s.ns += 1; }},
-        {"start east", [](SStation& s, double&, double&, double&, bool&) { s.ew += 1; }},
-        {"length", [](SStation&, double& len, double&, double&, bool&) { len += 0.25; }},
-        {"severity", [](SStation&, double&, double& K, double&, bool&) { K *= 1.001; }},
-        {"toolface", [](SStation&, double&, double&, double& TF, bool&) { TF += 1e-6; }},
-        {"turn model", [](SStation&, double&, double&, double&, bool& m) { m = !m; }},
+        {"the same curve", 0, 0, 0, 0, 0, 0, 200.5, 1, 0, false},
+        {"start depth", 0.5, 0, 0, 0, 0, 0, 200.5, 1, 0, false},
+        {"start inclination", 0, 1e-9, 0, 0, 0, 0, 200.5, 1, 0, false},
+        {"start azimuth", 0, 0, 1e-9, 0, 0, 0, 200.5, 1, 0, false},
+        {"start tvd", 0, 0, 0, 1, 0, 0, 200.5, 1, 0, false},
+        {"start north", 0, 0, 0, 0, 1, 0, 200.5, 1, 0, false},
+        {"start east", 0, 0, 0, 0, 0, 1, 200.5, 1, 0, false},
+        {"severity", 0, 0, 0, 0, 0, 0, 200.5, 1.001, 0, false},
+        {"toolface", 0, 0, 0, 0, 0, 0, 200.5, 1, 1e-6, false},
+        {"turn model", 0, 0, 0, 0, 0, 0, 200.5, 1, 0, true},
+        // Going on from arcs laid before: longer, shorter, just past an arc the walk went through.
+        {"a quarter longer", 0, 0, 0, 0, 0, 0, 200.75, 1, 0, false},
+        {"longer", 0, 0, 0, 0, 0, 0, 250.5, 1, 0, false},
+        {"an arc longer", 0, 0, 0, 0, 0, 0, 201.5, 1, 0, false},
+        {"shorter", 0, 0, 0, 0, 0, 0, 150.5, 1, 0, false},
+        {"half an arc past arc 192", 0, 0, 0, 0, 0, 0, 192.5, 1, 0, false},
+        // To md 20600.5 (a length beyond the start's md is an md), 20,100 arcs: arcs count from
+        // the start of the curve, not from where the walk goes on, so -17.
+        {"beyond the step bound", 0, 0, 0, 0, 0, 0, 20600.5, 1, 0, false},
     };
     for (const auto& r : rows) {
         SCOPED_TRACE(r.name);
         SStation from = start(500, 40, 30);
-        double len = 200.5, K = 3 * kPer100, TF = 60 * kDeg;
-        bool model = true;
+        const double K = 3 * kPer100, TF = 60 * kDeg;
         CPlan used;
-        used.m_bHorizontalTurn = model;
+        used.m_bHorizontalTurn = true;
         used.m_stnPrev = from;
-        used.cttomd(len, K, TF);
-        r.change(from, len, K, TF, model);
+        used.cttomd(200.5, K, TF);
+        from.md += r.dmd, from.inc += r.dinc, from.azi += r.dazi;
+        from.tvd += r.dtvd, from.ns += r.dns, from.ew += r.dew;
         CPlan fresh;
         for (CPlan* q : {&used, &fresh}) {
-            q->m_bHorizontalTurn = model;
+            q->m_bHorizontalTurn = !r.flipModel;
             q->m_stnPrev = from;
-            q->cttomd(len, K, TF);
+            q->cttomd(r.len, K * r.dlsFactor, TF + r.dtf);
         }
         const SStation &a = used.m_stnC, &b = fresh.m_stnC;
+        EXPECT_EQ(used.m_nError, fresh.m_nError);
         EXPECT_EQ(std::tie(a.md, a.inc, a.azi, a.tvd, a.ns, a.ew, a.dls, a.tf, a.build, a.turn),
                   std::tie(b.md, b.inc, b.azi, b.tvd, b.ns, b.ew, b.dls, b.tf, b.build, b.turn));
     }
