@@ -70,8 +70,12 @@ void CPlan::dttomd(double md, double dls, double tf) {
         return;
     }
     m_stnC.dl = L * dls;
-    solve4();
-    solve3();
+    // The arc step sets the end direction itself wherever it lays an arc, reading solve3's azimuth
+    // only from a vertical start; what it would overwrite is not worked out (a constant-toolface
+    // walk lays thousands of these arcs).
+    const bool laid = arcStepLays();
+    if (!laid) solve4();
+    if (!laid || is_zero(m_stnPrev.inc)) solve3();
     meth_optdl1();
     m_stnC.turn = 0.0;
     m_stnC.build = (m_stnC.inc - m_stnPrev.inc) / L;

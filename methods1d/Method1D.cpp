@@ -277,8 +277,12 @@ bool CPlan::firstFamilyStep(int line) {
 // end's azimuth and TF = 0; afterwards the line's toolface is its end azimuth, deltaz(A2). A dogleg
 // of 1e-6 or less is a straight hold along t1 with the start's direction. A down component of 1 or
 // more gives I2 = 0.
+bool CPlan::arcStepLays() const {
+    return m_stnC.md > m_stnPrev.md + MIN_ARC_COURSE;
+}
+
 void CPlan::meth_optdl1() {
-    if (m_stnC.md <= m_stnPrev.md + MIN_ARC_COURSE) return;
+    if (!arcStepLays()) return;
     const bool fromVertical = is_zero(m_stnPrev.inc);
     if (fromVertical) {
         m_stnPrev.azi = m_stnC.azi;

@@ -376,6 +376,7 @@ private:
     bool loadLine();  ///< the line after m_nPrev into m_stnPrev/m_stnC, with its course length
     bool firstFamilyStep(int line);  ///< meth1d's solve of m_stnC from m_stnPrev (see meth1d)
     void meth_optdl1();
+    bool arcStepLays() const;  ///< meth_optdl1 lays an arc (the course is over MIN_ARC_COURSE)
     void build_turn();
     void meth1b();
     void constant_toolface();
