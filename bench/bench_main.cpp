@@ -151,7 +151,8 @@ STarget targetAhead(const SStation& e, double ahead, double side, double down) {
 /// line, a drop/turn arc, a constant-toolface curve, a build/turn curve, a single arc to a target,
 /// an arc and tangent to a target, a slant, an S-shape, a hold to a vertical depth, a hold), each
 /// target placed from the end of the line before. Returns false (with the line) if one fails.
-bool mixedPlan(CPlan& plan, std::string& failed) {
+/// With `arcsForCurves` the constant-toolface curves are put as single drop/turn arcs instead.
+bool mixedPlan(CPlan& plan, std::string& failed, bool arcsForCurves) {
     plan = CPlan();
     plan.NewData(200);
     SStation tie;
@@ -172,7 +173,7 @@ bool mixedPlan(CPlan& plan, std::string& failed) {
         case 1:  // "DT1 MD"
         case 2:  // "CT1 MD"
             plan.m_nFamily = 30;
-            plan.m_bConstTF = line % 10 == 2;
+            plan.m_bConstTF = line % 10 == 2 && !arcsForCurves;
             plan.m_dDLS = 2 * kDeg / 100;
             plan.m_dTF = (line % 10 == 1 ? 60 : -60) * kDeg;
             break;
@@ -232,20 +233,25 @@ bool mixedPlan(CPlan& plan, std::string& failed) {
 void BM_MixedPlanResolve(benchmark::State& state) {
     CPlan plan;
     std::string failed;
-    if (!mixedPlan(plan, failed)) {
+    if (!mixedPlan(plan, failed, state.range(0) == 1)) {
         failed.insert(0, "the mixed plan fails at ");
         state.SkipWithError(failed.c_str());
         return;
     }
+    bool longer = false;
     for (auto _ : state) {
-        plan.GetData(1);  // a client's edit of the first line: read it back, put it again
+        plan.GetData(1);  // a client's edit of the first line: read it back, change its depth
+        longer = !longer;
+        plan.m_dMD += longer ? 0.5 : -0.5;
         plan.PutData(1);  // which re-solves the whole plan
         benchmark::DoNotOptimize(plan.m_nError);
     }
     if (plan.m_nError != 0) state.SkipWithError("the re-solve fails");
     state.SetItemsProcessed(state.iterations());
 }
-BENCHMARK(BM_MixedPlanResolve)->Unit(benchmark::kMicrosecond);
+// 0: every family; 1: the same with its ten constant-toolface curves (each a chain of 300 arcs of
+// 1.0) put as single drop/turn arcs.
+BENCHMARK(BM_MixedPlanResolve)->Arg(0)->Arg(1)->Unit(benchmark::kMicrosecond);
 
 /// One target line after an inclined tie-on, put once; each iteration re-solves the plan from the
 /// tie-on (PutData(0)), so the figure is one solve of the line with the plan's bookkeeping around it.
