@@ -59,11 +59,12 @@ private:
     size_t pos_ = 0;
 };
 
-/// The operation under way, named in a report.
+/// The operation under way, named in a report, with its arguments where they are written down.
 int g_op = -1;
+char g_call[160] = "";
 
 [[noreturn]] void fail(const char* what) {
-    std::fprintf(stderr, "invariant broken after operation %d: %s\n", g_op, what);
+    std::fprintf(stderr, "invariant broken after operation %d %s: %s\n", g_op, g_call, what);
     std::abort();
 }
 
@@ -133,6 +134,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         plan.m_nError = 0;  // so that an error after the call is this call's
         const auto t0 = std::chrono::steady_clock::now();
         g_op = in.small(14);
+        g_call[0] = 0;
         switch (g_op) {
         case 0:
         case 1: {  // put a line of any family
@@ -229,7 +231,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
             plan.m_stnPrev = before.empty() ? SStation() : before[0];
             const double a = in.value(0, 10000, physical), b = in.value(0, 1, physical),
                          c = in.value(-kPi, kPi, physical);
-            switch (in.small(6)) {
+            const int step = in.small(6);
+            std::snprintf(g_call, sizeof g_call, "single-line step %d (%g, %g, %g) from md %g inc %g",
+                          step, a, b, c, plan.m_stnPrev.md, plan.m_stnPrev.inc);
+            switch (step) {
             case 0: plan.bttomd(a, b / 10, c / 10); break;
             case 1: plan.bttotvd(a, b / 10, c / 10); break;
             case 2: plan.dttomd(a, b, c); break;

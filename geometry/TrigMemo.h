@@ -1,4 +1,4 @@
-// The plan's memo of sines and cosines, inline for the arc steps that ask it many times per arc.
+// The plan's memo of sines, cosines and tangents, inline for the arc steps that ask it many times per arc.
 #pragma once
 
 #include <cmath>
@@ -30,4 +30,13 @@ inline void CPlan::unitOf(SStation& st) {
     st.ue = sA * sI;
     st.un = cA * sI;
     st.uv = cI;
+}
+
+inline double CPlan::tanOf(double x) {
+    const std::uint64_t key = orrin::bits_of(x);
+    if (key != m_tanKey) {
+        m_tanKey = key;
+        m_tanValue = std::tan(x);
+    }
+    return m_tanValue;
 }

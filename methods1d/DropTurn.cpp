@@ -237,14 +237,20 @@ void CPlan::cttomd(double md, double dls, double tf) {
 // A constant-toolface curve from m_stnPrev to vertical depth tvd: arcs of 1.0 until an arc passes the
 // depth, then one dogleg/toolface arc from that arc's start to the depth. The walk gives up (-17)
 // when an arc's depth change turns against the wanted one (the curve turns away from the depth), or
-// after MAX_CT_STEPS arcs (a curve whose depth never changes would otherwise walk for ever).
-// Sets m_nPrev = 1 and clears m_nError first.
+// after MAX_CT_STEPS arcs (a curve whose depth never changes would otherwise walk for ever); a depth
+// that is not a number ends it at once as at that bound. Sets m_nPrev = 1 and clears m_nError first.
 void CPlan::cttotvd(double tvd, double dls, double tf) {
     m_stnC.tvd = tvd;
     const double D = tvd - m_stnPrev.tvd;
     m_nPrev = 1;
     m_nError = ERR_NONE;
     m_bWalkBounded = false;
+    if (std::isnan(D)) {
+        // A depth that is not a number is never reached: the walk ends as at its bound.
+        m_bWalkBounded = true;
+        m_nError = ERR_TVD_UNREACHABLE;
+        return;
+    }
     bool found = false;
     walkArcs(dls, tf, [&]() {
         const double d = m_stnC.tvd - m_stnPrev.tvd;
@@ -356,8 +362,13 @@ void CPlan::meth1c() {
 // and then the arc from that last arc's start is laid again to the depth m_stnC held before the walk,
 // which replaces the interpolated one: this order is the line method's long-standing behaviour and is
 // kept, so the line ends at its stored depth. The start station is put back afterwards. A walk of
-// MAX_CT_STEPS arcs stops with m_bWalkBounded set.
+// MAX_CT_STEPS arcs stops with m_bWalkBounded set, as does at once an aim that is not a number.
 void CPlan::walkToAzimuth(double aim, double K, double TF) {
+    if (std::isnan(aim)) {
+        // An azimuth that is not a number is never passed: the walk ends as at its bound.
+        m_bWalkBounded = true;
+        return;
+    }
     const SStation c0 = m_stnC;
     const bool right = c0.tf > 0.0;
     walkArcs(K, TF, [&]() {

@@ -314,7 +314,7 @@ void CPlan::meth_optdl1() {
         const double t2e = cd * sI1 * sA1 + st * sd * cA1 + ct * sd * cI1 * sA1;
         const double t2n = ct * sd * cI1 * cA1 - st * sd * sA1 + cd * sI1 * cA1;
         const double t2v = cd * cI1 - ct * sd * sI1;
-        const double f = std::tan(DL / 2.0) / K;
+        const double f = tanOf(DL / 2.0) / K;
         m_stnC.tvd = m_stnPrev.tvd + (t1v + t2v) * f;
         m_stnC.ns = m_stnPrev.ns + (t1n + t2n) * f;
         m_stnC.ew = m_stnPrev.ew + (t1e + t2e) * f;

@@ -482,4 +482,9 @@ private:
     /// Slots of the memo, one chosen by an angle's bits.
     static constexpr unsigned TRIG_SLOTS = 16;
     STrigSlot m_trig[TRIG_SLOTS];
+    /// tan x of an angle x [rad], from the memo when x is the angle asked last: the arcs of a
+    /// constant-toolface chain share one dogleg.
+    inline double tanOf(double x);
+    std::uint64_t m_tanKey = 0;  ///< bit pattern of the angle asked last (+0.0 to start)
+    double m_tanValue = 0.0;     ///< its tangent [-]
 };

@@ -161,6 +161,7 @@ TEST(BuildTurn, ToADepthOrLength) {
         {"flat turn never deepens", &CPlan::cttotvd, 0, 90, 1200, 3 * kPer100, 90 * kDeg, -17, X,
          X},
         {"toolface turning away", &CPlan::cttotvd, 0, 30, 900, 3 * kPer100, 0, -17, X, X},
+        {"toolface to no depth", &CPlan::cttotvd, 0, 30, X, 3 * kPer100, 0, -17, X, X},
         {"toolface, length 5 from md 10", &CPlan::cttomd, 10, 30, 5, 3 * kPer100, 0, 0, X, 15},
         {"toolface, zero course", &CPlan::cttomd, 10, 30, 0, 3 * kPer100, 0, -18, X, X},
         {"build/turn, zero course", &CPlan::bttomd, 0, 20, 0, 1e-3, 0, -18, X, X},
