@@ -232,8 +232,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
             const double a = in.value(0, 10000, physical), b = in.value(0, 1, physical),
                          c = in.value(-kPi, kPi, physical);
             const int step = in.small(6);
-            std::snprintf(g_call, sizeof g_call, "single-line step %d (%g, %g, %g) from md %g inc %g",
-                          step, a, b, c, plan.m_stnPrev.md, plan.m_stnPrev.inc);
+            std::snprintf(g_call, sizeof g_call,
+                          "single-line step %d (%g, %g, %g) from md %g inc %g", step, a, b, c,
+                          plan.m_stnPrev.md, plan.m_stnPrev.inc);
             switch (step) {
             case 0: plan.bttomd(a, b / 10, c / 10); break;
             case 1: plan.bttotvd(a, b / 10, c / 10); break;
