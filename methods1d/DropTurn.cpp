@@ -24,6 +24,13 @@ constexpr double CT_STEP = 1.0;
 /// running on; the bound also keeps every such call within a few milliseconds.
 constexpr long MAX_CT_STEPS = 20000;
 
+/// Arcs of CT_STEP can be laid from md: a depth one CT_STEP beyond it is exact. Not so from a start
+/// of 2^52 or more (or none at all), where the chain's depths could not be told apart and a walk
+/// would lay thousands of meaningless arcs; such a walk ends at once as at its bound.
+bool arcsFit(double md) {
+    return md + CT_STEP - md == CT_STEP;
+}
+
 /// What a walk's judge says of the arc just laid.
 enum WalkStep { WALK_ON, WALK_DONE, WALK_GIVE_UP };
 
@@ -32,14 +39,14 @@ enum WalkStep { WALK_ON, WALK_DONE, WALK_GIVE_UP };
 // A constant-toolface walk: arcs of CT_STEP from m_stnPrev (dttomd with dls and tf, each from the
 // last arc's end) until `judge` (asked after each arc, with the arc's start in m_stnPrev and its end
 // in m_stnC) says WALK_DONE or WALK_GIVE_UP. After MAX_CT_STEPS arcs the walk stops with
-// m_bWalkBounded set. m_stnPrev is put back afterwards; m_stnC holds what the last arc or the judge
-// left.
+// m_bWalkBounded set, as it does at once from a start where arcs do not fit (arcsFit).
+// m_stnPrev is put back afterwards; m_stnC holds what the last arc or the judge left.
 template <typename Judge>
 void CPlan::walkArcs(double dls, double tf, Judge judge) {
     const SStation s0 = m_stnPrev;
     double md = s0.md + CT_STEP;
     for (long steps = 0;; ++steps) {
-        if (steps >= MAX_CT_STEPS) {
+        if (steps >= MAX_CT_STEPS || !arcsFit(s0.md)) {
             m_bWalkBounded = true;
             break;
         }
@@ -138,7 +145,8 @@ void putArc(const double* v, SStation& s) {
 // from the start, each starting where the last ended with the same toolface measured from its own
 // high side; the last arc is shortened to end exactly at the end depth. A line shorter than 1.0 is
 // left as it was loaded. m_stnPrev is put back afterwards; m_stnC holds the end. A curve longer than
-// MAX_CT_STEPS arcs stops there with -17 (m_bWalkBounded set).
+// MAX_CT_STEPS arcs stops there with -17 (m_bWalkBounded set), as one from a start where arcs do not
+// fit (arcsFit) does at once.
 // Arcs already laid from the same start with the same severity and toolface are not laid again
 // (m_walkMemo): the same walk is copied whole, and a walk to any depth goes on from the last marked
 // arc at least CT_STEP short of it, which that walk would lay just the same (the shortening of the
@@ -151,9 +159,14 @@ void CPlan::constant_toolface() {
                                   bits_of(s0.tvd), bits_of(s0.ns),  bits_of(s0.ew),
                                   bits_of(K),      bits_of(TF),     m_bHorizontalTurn};
     SWalkMemo& memo = m_walkMemo;
-    // Only a start shallow enough for its first arc to be of full length (md + CT_STEP exact) is
-    // recorded: a walk from it writes every field the memo keeps.
-    const bool exact = s0.md + CT_STEP - s0.md == CT_STEP;
+    // Only a start where arcs fit is recorded: its first arc is of full length, so a walk from it
+    // writes every field the memo keeps.
+    const bool exact = arcsFit(s0.md);
+    if (!exact && s0.md + CT_STEP <= end) {
+        m_bWalkBounded = true;
+        m_nError = ERR_TVD_UNREACHABLE;
+        return;
+    }
     const bool sameStart = exact && memo.valid && std::equal(key, key + 9, memo.key);
     if (sameStart && memo.endKey == bits_of(end)) {
         if (memo.laid) {
