@@ -34,6 +34,25 @@ bool arcsFit(double md) {
 /// What a walk's judge says of the arc just laid.
 enum WalkStep { WALK_ON, WALK_DONE, WALK_GIVE_UP };
 
+/// Arcs between two marked arcs of a constant-toolface walk: a point of a curve is reached from the
+/// last mark before it in at most this many arcs, and the marks of the longest walk take
+/// MAX_CT_STEPS / WALK_MARK_EVERY * MARK_SIZE doubles (60 kB).
+constexpr long WALK_MARK_EVERY = 32;
+/// Doubles per mark: the 11 fields a walk writes into m_stnC, then m_nError.
+constexpr std::size_t MARK_SIZE = 12;
+
+// The fields a constant-toolface walk writes into m_stnC, into v[0 .. 10] in the order m_walkMemo
+// keeps them.
+void keepArc(const SStation& s, double* v) {
+    const double f[11] = {s.md,  s.inc, s.azi, s.tvd,   s.ns,  s.ew,
+                          s.dls, s.tf,  s.dl,  s.build, s.turn};
+    std::copy(f, f + 11, v);
+}
+void putArc(const double* v, SStation& s) {
+    s.md = v[0], s.inc = v[1], s.azi = v[2], s.tvd = v[3], s.ns = v[4], s.ew = v[5];
+    s.dls = v[6], s.tf = v[7], s.dl = v[8], s.build = v[9], s.turn = v[10];
+}
+
 }  // namespace
 
 // A constant-toolface walk: arcs of CT_STEP from m_stnPrev (dttomd with dls and tf, each from the
@@ -44,14 +63,19 @@ enum WalkStep { WALK_ON, WALK_DONE, WALK_GIVE_UP };
 template <typename Judge>
 void CPlan::walkArcs(double dls, double tf, Judge judge) {
     const SStation s0 = m_stnPrev;
+    walkMemoFor(s0, dls, tf);
     double md = s0.md + CT_STEP;
+    bool full = arcsFit(s0.md);  // every arc so far of full length
     for (long steps = 0;; ++steps) {
         if (steps >= MAX_CT_STEPS || !arcsFit(s0.md)) {
             m_bWalkBounded = true;
             break;
         }
+        const double before = m_stnPrev.md;
         m_stnC.md = md;
         dttomd(md, dls, tf);
+        full = full && m_stnC.md == md && md > before;
+        if (full) markArc(steps + 1);
         if (judge() != WALK_ON) break;
         m_stnPrev = m_stnC;
         md += CT_STEP;
@@ -118,29 +142,6 @@ void CPlan::dttotvd(double tvd, double dls, double tf) {
     m_stnC.turn = daz2hdls(getdaz(m_stnC.azi - m_stnPrev.azi), L, m_stnPrev.inc, m_stnC.build);
 }
 
-namespace {
-
-/// Arcs between two marked arcs of a constant-toolface walk: a point of a curve is reached from the
-/// last mark before it in at most this many arcs, and the marks of the longest walk take
-/// MAX_CT_STEPS / WALK_MARK_EVERY * MARK_SIZE doubles (60 kB).
-constexpr long WALK_MARK_EVERY = 32;
-/// Doubles per mark: the 11 fields a walk writes into m_stnC, then m_nError.
-constexpr std::size_t MARK_SIZE = 12;
-
-// The fields a constant-toolface walk writes into m_stnC, into v[0 .. 10] in the order m_walkMemo
-// keeps them.
-void keepArc(const SStation& s, double* v) {
-    const double f[11] = {s.md,  s.inc, s.azi, s.tvd,   s.ns,  s.ew,
-                          s.dls, s.tf,  s.dl,  s.build, s.turn};
-    std::copy(f, f + 11, v);
-}
-void putArc(const double* v, SStation& s) {
-    s.md = v[0], s.inc = v[1], s.azi = v[2], s.tvd = v[3], s.ns = v[4], s.ew = v[5];
-    s.dls = v[6], s.tf = v[7], s.dl = v[8], s.build = v[9], s.turn = v[10];
-}
-
-}  // namespace
-
 // A constant-toolface curve from m_stnPrev to m_stnC.md with m_stnC.dls and m_stnC.tf: arcs of 1.0
 // from the start, each starting where the last ended with the same toolface measured from its own
 // high side; the last arc is shortened to end exactly at the end depth. A line shorter than 1.0 is
@@ -155,20 +156,14 @@ void putArc(const double* v, SStation& s) {
 void CPlan::constant_toolface() {
     const SStation s0 = m_stnPrev;
     const double K = m_stnC.dls, TF = m_stnC.tf, end = m_stnC.md;
-    const std::uint64_t key[9] = {bits_of(s0.md),  bits_of(s0.inc), bits_of(s0.azi),
-                                  bits_of(s0.tvd), bits_of(s0.ns),  bits_of(s0.ew),
-                                  bits_of(K),      bits_of(TF),     m_bHorizontalTurn};
-    SWalkMemo& memo = m_walkMemo;
-    // Only a start where arcs fit is recorded: its first arc is of full length, so a walk from it
-    // writes every field the memo keeps.
     const bool exact = arcsFit(s0.md);
     if (!exact && s0.md + CT_STEP <= end) {
         m_bWalkBounded = true;
         m_nError = ERR_TVD_UNREACHABLE;
         return;
     }
-    const bool sameStart = exact && memo.valid && std::equal(key, key + 9, memo.key);
-    if (sameStart && memo.endKey == bits_of(end)) {
+    SWalkMemo& memo = m_walkMemo;
+    if (walkMemoFor(s0, K, TF) && memo.hasEnd && memo.endKey == bits_of(end)) {
         if (memo.laid) {
             putArc(memo.end, m_stnC);
             m_nPrev = 1;
@@ -176,11 +171,6 @@ void CPlan::constant_toolface() {
             if (memo.bounded) m_bWalkBounded = true;
         }
         return;
-    }
-    if (!sameStart) {
-        memo.valid = exact;
-        std::copy(key, key + 9, memo.key);
-        memo.marks.clear();
     }
 
     double step = CT_STEP;
@@ -212,22 +202,49 @@ void CPlan::constant_toolface() {
         dttomd(md, K, TF);
         m_stnPrev = m_stnC;
         full = full && m_stnC.md == md && md > before;
-        if (full && steps % WALK_MARK_EVERY == 0 &&
-            static_cast<std::size_t>(steps / WALK_MARK_EVERY) > memo.marks.size() / MARK_SIZE) {
-            const std::size_t n = memo.marks.size();
-            memo.marks.resize(n + MARK_SIZE);
-            keepArc(m_stnC, &memo.marks[n]);
-            memo.marks[n + 11] = m_nError;
-        }
+        if (full) markArc(steps);
         if (end - step < m_stnC.md && m_stnC.md < end) step = end - m_stnC.md;
         md += step;
     }
     m_stnPrev = s0;
+    if (!memo.valid) return;
+    memo.hasEnd = true;
     memo.endKey = bits_of(end);
     memo.laid = steps > 0;
     keepArc(m_stnC, memo.end);
     memo.error = m_nError;
     memo.bounded = bounded;
+}
+
+// Points m_walkMemo at the walks from s0 with dogleg severity K and toolface TF (as dttomd is given
+// them) in the present curvature model, and says whether it held them already. Only a start where
+// arcs fit is recorded: its first arc is of full length, so a walk from it writes every field the
+// memo keeps.
+bool CPlan::walkMemoFor(const SStation& s0, double K, double TF) {
+    const std::uint64_t key[9] = {bits_of(s0.md),  bits_of(s0.inc), bits_of(s0.azi),
+                                  bits_of(s0.tvd), bits_of(s0.ns),  bits_of(s0.ew),
+                                  bits_of(K),      bits_of(TF),     m_bHorizontalTurn};
+    SWalkMemo& memo = m_walkMemo;
+    const bool exact = arcsFit(s0.md);
+    if (exact && memo.valid && std::equal(key, key + 9, memo.key)) return true;
+    memo.valid = exact;
+    std::copy(key, key + 9, memo.key);
+    memo.hasEnd = false;
+    memo.marks.clear();
+    return false;
+}
+
+// Marks arc `arc` of the walk m_walkMemo stands for (just laid into m_stnC, every arc before it of
+// full length) when it is the next one to be marked.
+void CPlan::markArc(long arc) {
+    SWalkMemo& memo = m_walkMemo;
+    const std::size_t n = memo.marks.size();
+    if (!memo.valid || arc % WALK_MARK_EVERY != 0 ||
+        static_cast<std::size_t>(arc / WALK_MARK_EVERY) != n / MARK_SIZE + 1)
+        return;
+    memo.marks.resize(n + MARK_SIZE);
+    keepArc(m_stnC, &memo.marks[n]);
+    memo.marks[n + 11] = m_nError;
 }
 
 // A constant-toolface curve from m_stnPrev to measured depth md (a course length when it is not

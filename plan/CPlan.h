@@ -449,13 +449,15 @@ private:
     /// The constant-toolface walks laid last from one start: the start (the position and
     /// direction of m_stnPrev), the dogleg severity, toolface and curvature model; the last whole walk
     /// and what it wrote; and every WALK_MARK_EVERY-th arc of full length laid from that start. A line
-    /// that walks to find its end and then lays the curve again to that same end ("CT1 MD", "CT4
-    /// Azm.") takes the second walk whole from here, and a point of a line (a walk to a depth within
-    /// it) goes on from the last marked arc before it: in both it would lay the very same arcs.
+    /// that walks to find its end and then lays the curve again to that end ("CT1 MD", "CT2 TVD",
+    /// "CT4 Azm.") takes the second walk whole from here or goes on from the last marked arc before
+    /// its end, as does a point of a line (a walk to a depth within it): they would lay the very
+    /// same arcs.
     /// The fields a walk writes into m_stnC are kept as md, inc, azi, tvd, ns, ew, dls, tf, dl,
     /// build, turn.
     struct SWalkMemo {
         bool valid = false;         ///< a start has been recorded
+        bool hasEnd = false;        ///< a whole walk from it has been recorded
         std::uint64_t key[9] = {};  ///< bits of md, inc, azi, tvd, ns, ew; dls, tf; the model
         std::uint64_t endKey = 0;   ///< bits of the end depth of the last whole walk
         bool laid = false;          ///< that walk laid an arc (else it kept m_stnC as it was)
@@ -465,6 +467,8 @@ private:
         std::vector<double> marks;  ///< per marked arc: what it wrote, then m_nError after it
     };
     SWalkMemo m_walkMemo;
+    bool walkMemoFor(const SStation& s0, double K, double TF);  ///< see methods1d/DropTurn.cpp
+    void markArc(long arc);                                     ///< see methods1d/DropTurn.cpp
 
     // ---- Sine and cosine memo (geometry/TrigMemo.h) ----------------------------------------------
     /// sin x and cos x [-] of an angle x [rad]: the very values std::sin and std::cos give, taken

@@ -268,27 +268,30 @@ TEST(ConstantToolface, PlanLinesEndOnTheirGivenAngles) {
     const struct {
         const char* name;
         int family, sub;
-        double md, incDeg, aziDeg, dls, tfDeg;
-        double endMD, endIncDeg, endAziDeg, readTFDeg;
+        double md, tvd, incDeg, aziDeg, dls, tfDeg;
+        double endMD, endIncDeg, endAziDeg, readTFDeg, endTVD;
     } rows[] = {
         // A flat turn at 30 degrees: toolface 90, length sin 30 * 30 deg / K = 500.
-        {"Inc Azi DCT, flat", 90, 11, 0, 30, 50, 3, 0, 1500, 30, 50, 90},
-        {"Inc Azi DCT, flat left", 90, 11, 0, 30, 350, 3, 0, 1500, 30, 350, -90},
+        {"Inc Azi DCT, flat", 90, 11, 0, 0, 30, 50, 3, 0, 1500, 30, 50, 90, X},
+        {"Inc Azi DCT, flat left", 90, 11, 0, 0, 30, 350, 3, 0, 1500, 30, 350, -90, X},
         // "CT3 Inc.": inclination rises at K cos TF: 20 degrees at 3 cos 60 per 100 is 1333.33.
-        {"CT3 Inc.", 30, 3, 0, 50, 0, 3, 60, 1000 + 20 / 1.5 * 100, 50, X, 60},
-        {"CT1 MD", 30, 1, 2400, 0, 0, 3, 60, 1400, X, X, 60},
+        {"CT3 Inc.", 30, 3, 0, 0, 50, 0, 3, 60, 1000 + 20 / 1.5 * 100, 50, X, 60, X},
+        {"CT1 MD", 30, 1, 2400, 0, 0, 0, 3, 60, 1400, X, X, 60, X},
+        // "CT2 TVD": the chain laid again to the depth where the walk of arcs met 2300 ends there.
+        {"CT2 TVD", 30, 2, 0, 2300, 0, 0, 3, 60, X, X, X, 60, 2300},
     };
     for (const auto& r : rows) {
         SCOPED_TRACE(r.name);
         CPlan p = planWithTie(30, 20);
         putLine(p, 20, 1, 1000, 0, 0, 0, 0, 0);  // a hold first: the curve is not the first line
         p.m_bConstTF = 1;
-        putLine(p, r.family, r.sub, r.md, 0, r.incDeg, r.aziDeg, 0, 0, r.dls, r.tfDeg);
+        putLine(p, r.family, r.sub, r.md, r.tvd, r.incDeg, r.aziDeg, 0, 0, r.dls, r.tfDeg);
         ASSERT_EQ(p.m_nError, 0);
         p.GetData(2);
-        EXPECT_NEAR(p.m_dMD, r.endMD + 1000, TOL_POS);
+        expectNear(p.m_dMD, r.endMD + 1000, TOL_POS, "md");
         expectNear(p.m_dInc, r.endIncDeg * kDeg, 0, "inc");
         expectNear(p.m_dAzi, r.endAziDeg * kDeg, 0, "azi");
+        expectNear(p.m_dTVD, r.endTVD, TOL_POS, "tvd");
         EXPECT_NEAR(p.m_dTF, r.readTFDeg * kDeg, TOL_ANG);
         EXPECT_EQ(p.m_bConstTF, r.family == 30 ? 1 : 0);
     }
