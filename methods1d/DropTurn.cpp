@@ -41,7 +41,7 @@ constexpr long WALK_MARK_EVERY = 32;
 /// Doubles per mark: the 11 fields a walk writes into m_stnC, then m_nError.
 constexpr std::size_t MARK_SIZE = 12;
 
-// The fields a constant-toolface walk writes into m_stnC, into v[0 .. 10] in the order m_walkMemo
+// The fields a constant-toolface walk writes into m_stnC, into v[0 .. 10] in the order its memo
 // keeps them.
 void keepArc(const SStation& s, double* v) {
     const double f[11] = {s.md,  s.inc, s.azi, s.tvd,   s.ns,  s.ew,
@@ -146,10 +146,10 @@ void CPlan::dttotvd(double tvd, double dls, double tf) {
 // from the start, each starting where the last ended with the same toolface measured from its own
 // high side; the last arc is shortened to end exactly at the end depth. A line shorter than 1.0 is
 // left as it was loaded. m_stnPrev is put back afterwards; m_stnC holds the end. A curve longer than
-// MAX_CT_STEPS arcs stops there with -17 (m_bWalkBounded set), as one from a start where arcs do not
-// fit (arcsFit) does at once.
+// MAX_CT_STEPS arcs fails with -17 (m_bWalkBounded set) without laying an arc, as does one from a
+// start where arcs do not fit (arcsFit).
 // Arcs already laid from the same start with the same severity and toolface are not laid again
-// (m_walkMemo): the same walk is copied whole, and a walk to any depth goes on from the last marked
+// (m_walkMemos): the same walk is copied whole, and a walk to any depth goes on from the last marked
 // arc at least CT_STEP short of it, which that walk would lay just the same (the shortening of the
 // last arc only starts within CT_STEP of the end). Arcs count as of full length, and may be marked,
 // while each ends exactly at its own depth, one CT_STEP beyond the one before.
@@ -157,13 +157,17 @@ void CPlan::constant_toolface() {
     const SStation s0 = m_stnPrev;
     const double K = m_stnC.dls, TF = m_stnC.tf, end = m_stnC.md;
     const bool exact = arcsFit(s0.md);
-    if (!exact && s0.md + CT_STEP <= end) {
+    // From a start where arcs do not fit, and to an end beyond MAX_CT_STEPS full arcs, the walk
+    // would stop at its bound: it stops there at once, laying nothing.
+    if ((!exact && s0.md + CT_STEP <= end) ||
+        (exact && s0.md + static_cast<double>(MAX_CT_STEPS + 1) * CT_STEP <= end)) {
         m_bWalkBounded = true;
         m_nError = ERR_TVD_UNREACHABLE;
         return;
     }
-    SWalkMemo& memo = m_walkMemo;
-    if (walkMemoFor(s0, K, TF) && memo.hasEnd && memo.endKey == bits_of(end)) {
+    const bool known = walkMemoFor(s0, K, TF);
+    SWalkMemo& memo = m_walkMemos[m_walkAt];
+    if (known && memo.hasEnd && memo.endKey == bits_of(end)) {
         if (memo.laid) {
             putArc(memo.end, m_stnC);
             m_nPrev = 1;
@@ -216,17 +220,24 @@ void CPlan::constant_toolface() {
     memo.bounded = bounded;
 }
 
-// Points m_walkMemo at the walks from s0 with dogleg severity K and toolface TF (as dttomd is given
-// them) in the present curvature model, and says whether it held them already. Only a start where
-// arcs fit is recorded: its first arc is of full length, so a walk from it writes every field the
-// memo keeps.
+// Points m_walkAt at the memo of the walks from s0 with dogleg severity K and toolface TF (as dttomd
+// is given them) in the present curvature model, and says whether it held them already; a start not
+// held takes the memo used longest ago, emptied. Only a start where arcs fit is recorded: its first
+// arc is of full length, so a walk from it writes every field the memo keeps.
 bool CPlan::walkMemoFor(const SStation& s0, double K, double TF) {
     const std::uint64_t key[9] = {bits_of(s0.md),  bits_of(s0.inc), bits_of(s0.azi),
                                   bits_of(s0.tvd), bits_of(s0.ns),  bits_of(s0.ew),
                                   bits_of(K),      bits_of(TF),     m_bHorizontalTurn};
-    SWalkMemo& memo = m_walkMemo;
     const bool exact = arcsFit(s0.md);
-    if (exact && memo.valid && std::equal(key, key + 9, memo.key)) return true;
+    for (unsigned i = 0; exact && i < WALK_STARTS; ++i) {
+        if (m_walkMemos[i].valid && std::equal(key, key + 9, m_walkMemos[i].key)) {
+            m_walkAt = i;
+            return true;
+        }
+    }
+    m_walkAt = m_walkNext;
+    m_walkNext = (m_walkNext + 1) % WALK_STARTS;
+    SWalkMemo& memo = m_walkMemos[m_walkAt];
     memo.valid = exact;
     std::copy(key, key + 9, memo.key);
     memo.hasEnd = false;
@@ -234,10 +245,10 @@ bool CPlan::walkMemoFor(const SStation& s0, double K, double TF) {
     return false;
 }
 
-// Marks arc `arc` of the walk m_walkMemo stands for (just laid into m_stnC, every arc before it of
-// full length) when it is the next one to be marked.
+// Marks arc `arc` of the walk under way (just laid into m_stnC, every arc before it of full length)
+// in its memo when it is the next one to be marked.
 void CPlan::markArc(long arc) {
-    SWalkMemo& memo = m_walkMemo;
+    SWalkMemo& memo = m_walkMemos[m_walkAt];
     const std::size_t n = memo.marks.size();
     if (!memo.valid || arc % WALK_MARK_EVERY != 0 ||
         static_cast<std::size_t>(arc / WALK_MARK_EVERY) != n / MARK_SIZE + 1)

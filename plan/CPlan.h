@@ -446,7 +446,7 @@ private:
     /// Set when a constant-toolface walk stopped at its step bound (the line then fails with -17).
     bool m_bWalkBounded = false;
 
-    /// The constant-toolface walks laid last from one start: the start (the position and
+    /// The constant-toolface walks laid from one start: the start (the position and
     /// direction of m_stnPrev), the dogleg severity, toolface and curvature model; the last whole walk
     /// and what it wrote; and every WALK_MARK_EVERY-th arc of full length laid from that start. A line
     /// that walks to find its end and then lays the curve again to that end ("CT1 MD", "CT2 TVD",
@@ -466,7 +466,12 @@ private:
         bool bounded = false;       ///< it stopped at its step bound
         std::vector<double> marks;  ///< per marked arc: what it wrote, then m_nError after it
     };
-    SWalkMemo m_walkMemo;
+    /// Starts whose walks are kept: the constant-toolface lines of a plan re-solved after a line is
+    /// added or changed further on start where they did before and lay nothing again.
+    static constexpr unsigned WALK_STARTS = 16;
+    SWalkMemo m_walkMemos[WALK_STARTS];
+    unsigned m_walkAt = 0;                                      ///< the memo of the walk under way
+    unsigned m_walkNext = 0;                                    ///< the memo a new start takes
     bool walkMemoFor(const SStation& s0, double K, double TF);  ///< see methods1d/DropTurn.cpp
     void markArc(long arc);                                     ///< see methods1d/DropTurn.cpp
 

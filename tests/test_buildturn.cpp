@@ -346,6 +346,7 @@ TEST(ConstantToolface, ACurveLaidBeforeDoesNotChangeTheNext) {
         }
         const SStation &a = used.m_stnC, &b = fresh.m_stnC;
         EXPECT_EQ(used.m_nError, fresh.m_nError);
+        if (fresh.m_nError != 0) continue;  // a failed walk's end is not a result
         EXPECT_EQ(std::tie(a.md, a.inc, a.azi, a.tvd, a.ns, a.ew, a.dls, a.tf, a.build, a.turn),
                   std::tie(b.md, b.inc, b.azi, b.tvd, b.ns, b.ew, b.dls, b.tf, b.build, b.turn));
     }
