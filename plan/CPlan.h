@@ -488,9 +488,10 @@ private:
         double sin = 0.0;       ///< its sine [-]
         double cos = 1.0;       ///< its cosine [-]
     };
-    /// Slots of the memo, one chosen by an angle's bits.
-    static constexpr unsigned TRIG_SLOTS = 16;
-    STrigSlot m_trig[TRIG_SLOTS];
+    /// Sets of the memo, one chosen by an angle's bits; each holds two angles, the one used last
+    /// first.
+    static constexpr unsigned TRIG_SETS = 16;
+    STrigSlot m_trig[TRIG_SETS][2];
     /// tan x of an angle x [rad], from the memo when x is the angle asked last: the arcs of a
     /// constant-toolface chain share one dogleg.
     inline double tanOf(double x);
