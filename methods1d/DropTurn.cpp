@@ -17,12 +17,12 @@ namespace {
 
 /// Length of each arc of a constant-toolface chain [L].
 constexpr double CT_STEP = 1.0;
-/// Most arcs one constant-toolface walk may lay: 20,000 steps of 1.0 is 20 km in metres, longer
-/// than any constant-toolface line of a real well (at 1 degree per 100 ft it would turn through
-/// 200 degrees). A walk that would go further (a curve that never reaches its depth or azimuth, a
-/// dogleg severity of zero, a line of absurd length) stops there and fails with -17 instead of
-/// running on; the bound also keeps every such call within a few milliseconds.
-constexpr long MAX_CT_STEPS = 20000;
+/// Most arcs one constant-toolface walk may lay: 10,000 steps of 1.0 is 10 km in metres or 10,000
+/// ft, longer than any constant-toolface line of a real well (at 1 degree per 100 ft it would turn
+/// through 100 degrees). A walk that would go further (a curve that never reaches its depth or
+/// azimuth, a dogleg severity of zero, a line of absurd length) stops there and fails with -17
+/// instead of running on; the bound also keeps every such call to a millisecond or so.
+constexpr long MAX_CT_STEPS = 10000;
 
 /// Arcs of CT_STEP can be laid from md: a depth one CT_STEP beyond it is exact. Not so from a start
 /// of 2^52 or more (or none at all), where the chain's depths could not be told apart and a walk

@@ -324,9 +324,9 @@ TEST(ConstantToolface, ACurveLaidBeforeDoesNotChangeTheNext) {
         {"an arc longer", 0, 0, 0, 0, 0, 0, 201.5, 1, 0, false},
         {"shorter", 0, 0, 0, 0, 0, 0, 150.5, 1, 0, false},
         {"half an arc past arc 192", 0, 0, 0, 0, 0, 0, 192.5, 1, 0, false},
-        // To md 20600.5 (a length beyond the start's md is an md), 20,100 arcs: arcs count from
-        // the start of the curve, not from where the walk goes on, so -17.
-        {"beyond the step bound", 0, 0, 0, 0, 0, 0, 20600.5, 1, 0, false},
+        // To md 10600.5 (a length beyond the start's md is an md): 10,100 arcs are more than a
+        // walk may lay, -17.
+        {"beyond the step bound", 0, 0, 0, 0, 0, 0, 10600.5, 1, 0, false},
     };
     for (const auto& r : rows) {
         SCOPED_TRACE(r.name);
