@@ -179,11 +179,8 @@ void CPlan::meth_btoli() {
         if (across <= TOL_ZERO) return 0.0;
         return getdaz(std::atan2(de, dn) - e.azi);
     };
-    double best = NAN;
-    scanRoots(miss, -PI, PI, SOLVE_ANG, [&best](double dA, double g) {
-        if (std::fabs(g) <= TOL_DIR && !(std::fabs(best) <= std::fabs(dA))) best = dA;
-        return false;
-    });
+    const double best = nearestRoot(miss, -PI, PI, SOLVE_ANG,
+                                    [](double, double g) { return std::fabs(g) <= TOL_DIR; });
     if (std::isnan(best)) {
         m_nError = ERR_BUILD_TURN;
         return;

@@ -140,13 +140,33 @@ NewtonResult newton(F&& residual, std::array<double, N>& x, double stop, double 
     return size <= accept ? NewtonResult::accepted : NewtonResult::failed;
 }
 
+/// Bisects the bracket [x0, x1] of f (f0 = f(x0), of the other sign than f(x1)) as scanRoots does:
+/// at most MAX_PASSES times, until |f| falls below `stop` or the bracket stops shrinking. Leaves the
+/// last midpoint in x and its value in fx; false when f gave a NaN on the way.
+template <typename F>
+bool bisectBracket(F& f, double x0, double x1, double f0, double stop, double& x, double& fx) {
+    double lo = x0, hi = x1, flo = f0;
+    x = x0, fx = f0;
+    for (int k = 0; k < MAX_PASSES; ++k) {
+        x = 0.5 * (lo + hi);
+        fx = f(x);
+        if (std::isnan(fx)) return false;
+        if (std::fabs(fx) < stop || x == lo || x == hi) break;
+        if ((fx < 0.0) == (flo < 0.0)) {
+            lo = x, flo = fx;
+        } else {
+            hi = x;
+        }
+    }
+    return true;
+}
+
 /// Visits the roots of f on [a, b] in increasing order of x: the interval is cut into SCAN_STEPS
 /// steps, every step whose ends have values of opposite signs (or a grid point where f is exactly 0)
-/// is a bracket, and each bracket is bisected at most MAX_PASSES times, until |f| falls below `stop`
-/// or the bracket stops shrinking. visit(x, f(x)) returns true to end the search; a step with a NaN
-/// at either end holds no bracket, and a NaN inside a bracket ends its bisection unvisited.
-/// Returns true when some visit ended the search. A zero of f is told from a jump of f through its
-/// sign only by the caller, from the value it is handed.
+/// is a bracket, and each bracket is bisected (bisectBracket). visit(x, f(x)) returns true to end
+/// the search; a step with a NaN at either end holds no bracket, and a NaN inside a bracket ends its
+/// bisection unvisited. Returns true when some visit ended the search. A zero of f is told from a
+/// jump of f through its sign only by the caller, from the value it is handed.
 template <typename F, typename Visit>
 bool scanRoots(F&& f, double a, double b, double stop, Visit&& visit) {
     double x0 = a, f0 = f(a);
@@ -156,27 +176,67 @@ bool scanRoots(F&& f, double a, double b, double stop, Visit&& visit) {
         if (f0 == 0.0) {
             if (visit(x0, f0)) return true;
         } else if ((f0 < 0.0 && f1 > 0.0) || (f0 > 0.0 && f1 < 0.0)) {
-            double lo = x0, hi = x1, flo = f0, x = x0, fx = f0;
-            bool finite = true;
-            for (int k = 0; k < MAX_PASSES; ++k) {
-                x = 0.5 * (lo + hi);
-                fx = f(x);
-                if (std::isnan(fx)) {
-                    finite = false;
-                    break;
-                }
-                if (std::fabs(fx) < stop || x == lo || x == hi) break;
-                if ((fx < 0.0) == (flo < 0.0)) {
-                    lo = x, flo = fx;
-                } else {
-                    hi = x;
-                }
-            }
-            if (finite && visit(x, fx)) return true;
+            double x, fx;
+            if (bisectBracket(f, x0, x1, f0, stop, x, fx) && visit(x, fx)) return true;
         }
         x0 = x1, f0 = f1;
     }
     return f0 == 0.0 && visit(x0, f0);
+}
+
+/// Of the roots scanRoots(f, a, b, stop, ...) would visit, the one of least |x| that accept(x, f(x))
+/// takes (of two as near, the one scanRoots visits first), or NaN when it takes none. The steps are
+/// searched outwards from x = 0, nearest first, and the search ends once no step left can hold a
+/// nearer root, so that f is worked out only where it must be; the brackets and their bisection are
+/// scanRoots' own, and so is the answer.
+template <typename F, typename Accept>
+double nearestRoot(F&& f, double a, double b, double stop, Accept&& accept) {
+    // Grid point k is a + (b - a) k / SCAN_STEPS; step j runs from point j - 1 to point j, and
+    // "step" SCAN_STEPS + 1 is the last grid point alone (scanRoots visits it last when f is 0 there).
+    double grid[SCAN_STEPS + 1];
+    double value[SCAN_STEPS + 1];
+    bool known[SCAN_STEPS + 1] = {};
+    for (int k = 0; k <= SCAN_STEPS; ++k) grid[k] = a + (b - a) * k / SCAN_STEPS;
+    const auto at = [&](int k) {
+        if (!known[k]) value[k] = f(grid[k]), known[k] = true;
+        return value[k];
+    };
+    // Least |x| over a step: 0 for a step across x = 0.
+    const auto reach = [&](int j) {
+        if (j > SCAN_STEPS) return std::fabs(grid[SCAN_STEPS]);
+        const double lo = grid[j - 1], hi = grid[j];
+        if (lo <= 0.0 && 0.0 <= hi) return 0.0;
+        return std::fmin(std::fabs(lo), std::fabs(hi));
+    };
+    // The step holding 0 (or the step nearest to it), then outwards on both sides.
+    int right = 1;
+    while (right < SCAN_STEPS && grid[right] < 0.0) ++right;
+    int left = right - 1;
+    double best = NAN;
+    int bestStep = 0;
+    const auto offer = [&](double x, double fx, int j) {
+        if (!accept(x, fx)) return;
+        const double d = std::fabs(x), bd = std::fabs(best);
+        if (std::isnan(best) || d < bd || (d == bd && j < bestStep)) best = x, bestStep = j;
+    };
+    for (;;) {
+        const bool hasRight = right <= SCAN_STEPS + 1, hasLeft = left >= 1;
+        if (!hasRight && !hasLeft) break;
+        const int j = !hasLeft || (hasRight && reach(right) <= reach(left)) ? right++ : left--;
+        if (!std::isnan(best) && reach(j) > std::fabs(best)) break;
+        if (j > SCAN_STEPS) {
+            if (at(SCAN_STEPS) == 0.0) offer(grid[SCAN_STEPS], 0.0, j);
+            continue;
+        }
+        const double f0 = at(j - 1), f1 = at(j);
+        if (f0 == 0.0) {
+            offer(grid[j - 1], f0, j);
+        } else if ((f0 < 0.0 && f1 > 0.0) || (f0 > 0.0 && f1 < 0.0)) {
+            double x, fx;
+            if (bisectBracket(f, grid[j - 1], grid[j], f0, stop, x, fx)) offer(x, fx, j);
+        }
+    }
+    return best;
 }
 
 }  // namespace orrin

@@ -11,6 +11,7 @@
 
 #include "plan/CPlan.h"
 #include "support/PlanAccess.h"
+#include "targets/TargetSolvers.h"
 
 struct TargetsTag;
 template <>
@@ -278,5 +279,40 @@ TEST(Dispatch3D, StartDirectionAndUnlistedCodes) {
         EXPECT_NEAR(p.m_stnPrev.un, r.expected.n, kAng);
         EXPECT_NEAR(p.m_stnPrev.uv, r.expected.v, kAng);
         EXPECT_EQ(at(p, 1).md, 1500.0);
+    }
+}
+
+TEST(RootScan, NearestRootIsTheFullScansNearest) {
+    // The search outwards from 0 must give the very root a scan of every step gives when it keeps
+    // the accepted root of least |x| (the first of two as near): smooth roots, jumps of a wrapped
+    // angle (rejected by their size), exact zeros on grid points and at the end, ranges off zero.
+    const struct {
+        const char* name;
+        double (*f)(double);
+        double a, b;
+    } rows[] = {
+        {"many smooth roots", [](double x) { return std::sin(23 * x + 1.1) - 0.3; }, -3, 3},
+        {"wrapped angle", [](double x) { return std::remainder(7 * x + 0.4, 2 * orrin::PI); }, -3,
+         3},
+        {"zero on a grid point", [](double x) { return x == -1.5 ? 0.0 : x + 1.0; }, -3, 3},
+        {"zero at the end only", [](double x) { return x == 2.0 ? 0.0 : 1.0; }, -2, 2},
+        {"symmetric roots", [](double x) { return std::cos(5 * x); }, -3, 3},
+        {"range above zero", [](double x) { return std::sin(9 * x); }, 0.5, 3},
+        {"range below zero", [](double x) { return std::sin(9 * x); }, -3, -0.5},
+        {"no root", [](double x) { return 2 + std::sin(x); }, -3, 3},
+    };
+    for (const auto& r : rows) {
+        SCOPED_TRACE(r.name);
+        const auto accept = [](double, double g) { return std::fabs(g) <= 1e-3; };
+        double best = NAN;
+        orrin::scanRoots(r.f, r.a, r.b, 1e-12, [&](double x, double g) {
+            if (accept(x, g) && !(std::fabs(best) <= std::fabs(x))) best = x;
+            return false;
+        });
+        const double nearest = orrin::nearestRoot(r.f, r.a, r.b, 1e-12, accept);
+        if (std::isnan(best))
+            EXPECT_TRUE(std::isnan(nearest));
+        else
+            EXPECT_EQ(nearest, best);
     }
 }
