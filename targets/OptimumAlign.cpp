@@ -79,6 +79,9 @@ constexpr int ALIGN_SAMPLES = 24;
 /// Intervals of the methods other than 2910, whose residuals bend more (a landing's quadratic, a
 /// solved curvature) and which no one solves in a tight loop.
 constexpr int FINE_SAMPLES = 4 * ALIGN_SAMPLES;
+/// Intervals of a second scan of the residual over two steps of the first, where 2950's hold comes
+/// to zero.
+constexpr int LOCAL_SAMPLES = 32;
 /// The scan's parameter x runs over [0, X_END]; the scalar is x / (1 - x) (times R1 or |X - P0|), so
 /// arcs reach pi - 2e-6 and tangent lengths 1e6 |X - P0|.
 constexpr double X_END = 1.0 - 1e-6;
@@ -106,8 +109,11 @@ constexpr double END_SMALL = 1e-9;
 constexpr double BRACKET_ULPS = 4.0;
 /// Most roots kept from one scan; no method's residual comes near it.
 constexpr int MAX_ROOTS = 32;
-/// Most samples of one scan: the uniform part with two guards and three clusters.
-constexpr int MAX_SAMPLES = FINE_SAMPLES + 3 + 3 * (2 * MAX_LEVELS + 1);
+/// Most special points of one scan: a nearest approach, an arc of no turn and four ends of stretches
+/// without candidates (1950).
+constexpr int MAX_SPECIALS = 6;
+/// Most samples of one scan: the uniform part with two guards and the clusters.
+constexpr int MAX_SAMPLES = FINE_SAMPLES + 3 + MAX_SPECIALS * (2 * MAX_LEVELS + 1);
 
 /// The angle d between unit directions a and b and its half-angle tangent tan(d/2), from the sine
 /// |a x b| and the cosine a . b (accurate at both ends; opposite directions give tau = inf).
@@ -154,12 +160,13 @@ struct Sample {
     bool first, last;  ///< the start or the end of the range where roots may lie
 };
 
-/// A point of the scan to close in on, with samples at 2^-1 ... 2^-levels of a grid step from it,
-/// on both sides or only after it.
+/// A point of the scan to close in on, with samples at 2^-1 ... 2^-levels of a grid step from it
+/// before it, after it or on both sides.
+enum Sides { BEFORE = 1, AFTER = 2, AROUND = 3 };
 struct Special {
     double x = 0.0;
     int levels = 0;
-    bool bothSides = false;
+    int sides = AROUND;
 };
 
 /// The points of a scan in increasing order into out; returns their number. The uniform part spans
@@ -180,10 +187,11 @@ int scanPoints(double xa, double xb, int n, const Special* sp, int nsp, double* 
         if (c.levels <= 0 || !(c.x >= out[0] && c.x <= out[count - 1])) continue;
         double cl[2 * MAX_LEVELS + 1];
         int ncl = 0;
-        if (c.bothSides)
+        if (c.sides & BEFORE)
             for (int k = 1; k <= c.levels; ++k) put(cl, ncl, c.x - step * std::ldexp(1.0, -k));
         put(cl, ncl, c.x);
-        for (int k = c.levels; k >= 1; --k) put(cl, ncl, c.x + step * std::ldexp(1.0, -k));
+        if (c.sides & AFTER)
+            for (int k = c.levels; k >= 1; --k) put(cl, ncl, c.x + step * std::ldexp(1.0, -k));
         double merged[MAX_SAMPLES];
         int m = 0, a = 0, b = 0;
         while ((a < count || b < ncl) && m < MAX_SAMPLES) {
@@ -375,16 +383,16 @@ struct RootSearch {
 /// and all START_LEVELS are taken.
 template <typename F>
 Special fromNoTurn(const F& f, Vec3 t0, double x1) {
-    const Special none{0.0, 0, false};
+    const Special none{0.0, 0, AFTER};
     Path p0, p1;
     if (!(x1 > 0.0) || !f.candidate(0.0, p0) || !f.candidate(x1, p1)) return none;
     const Vec3 u0 = (1.0 / norm(p0.u)) * p0.u, u1 = (1.0 / norm(p1.u)) * p1.u;
     const double speed = norm(u1 - u0) / x1;
     const double xmin = norm(t0 - u0) / (2.0 / (1.0 - x1) + speed);
-    if (!(xmin > 0.0)) return {0.0, START_LEVELS, false};
+    if (!(xmin > 0.0)) return {0.0, START_LEVELS, AFTER};
     if (xmin > 2.0 * x1) return none;
     return {0.0, static_cast<int>(std::fmin(std::ceil(std::log2(4.0 * x1 / xmin)), START_LEVELS)),
-            false};
+            AFTER};
 }
 
 /// Every root of f over the points xs[0 .. n) into roots, [xa, xb] the range where roots may lie;
@@ -413,8 +421,10 @@ int findRoots(const F& f, const double* xs, int n, double xa, double xb, double*
 /// exceed the zero test; the tangent lengths follow, and the hold is the given one or the projection
 /// on u of what the arcs leave. Valid when the hold is not negative (beyond TOL_CLOSE, then taken as
 /// 0: a hold that short is a rounding of a curve-curve, and the closure test below decides), the
-/// path closes on its end within TOL_CLOSE and, for 2950, its hold starts and ends at the given
-/// depths within TOL_CLOSE.
+/// path closes on its end within TOL_CLOSE and within TOL_DIR of either arc's radius (the line's
+/// end is stored on the target, so the last arc stays an arc of its severity within TOL_DIR; a
+/// solved severity may come out huge where an arc shrinks to nothing) and, for 2950, its hold
+/// starts and ends at the given depths within TOL_CLOSE.
 bool rebuild(const Align& g, const Givens& giv, Path& p) {
     if (!(p.T1 >= 0.0 && p.T2 >= 0.0)) return false;
     p.u = (1.0 / norm(p.u)) * p.u;
@@ -429,7 +439,8 @@ bool rebuild(const Align& g, const Givens& giv, Path& p) {
     double H = giv.H >= 0.0 ? giv.H : dot(rest, p.u);
     if (!(H >= -TOL_CLOSE)) return false;
     H = std::fmax(H, 0.0);
-    if (!(norm(rest - H * p.u) <= TOL_CLOSE)) return false;
+    const double gap = norm(rest - H * p.u);
+    if (!(gap <= TOL_CLOSE && gap * std::fmax(K1, K2) <= TOL_DIR)) return false;
     if (giv.code == 2950) {
         const double tvdA = g.P0.v + T1 * (g.t0.v + p.u.v);
         if (!(std::fabs(tvdA - giv.V5) <= TOL_CLOSE)) return false;
@@ -541,9 +552,9 @@ struct Chc {
     Special nearEdge(double xa, double step) const {
         const double l0 = tangent2(xa), l1 = tangent2(std::fmin(X_END, xa + step));
         const double rise = l1 - l0;
-        if (!(rise > 0.0) || !(l0 < 0.25 * rise)) return {xa, 0, false};
+        if (!(rise > 0.0) || !(l0 < 0.25 * rise)) return {xa, 0, AFTER};
         const double levels = l0 > 0.0 ? std::ceil(std::log2(rise / l0)) + 2.0 : CLUSTER;
-        return {xa, static_cast<int>(std::fmin(std::fmax(levels, 1.0), CLUSTER)), false};
+        return {xa, static_cast<int>(std::fmin(std::fmax(levels, 1.0), CLUSTER)), AFTER};
     }
 
     /// The range [lo, hi] of x where the hold L - T1 is not below -d; false when there is none.
@@ -682,7 +693,10 @@ struct Equal {
 
 /// 2950: the hold from depth V5 to V6. With z the hold's vertical part, tvd(A) = V5 gives
 /// T1 = (V5 - P0.tvd) / (t0.v + z) and tvd(B) = V6 gives T2 = (X.tvd - V6) / (z + t1.v); the hold
-/// then runs from M1 to M2 = X - T2 t1 and must have that vertical part. z covers [-1, 1].
+/// then runs from M1 to M2 = X - T2 t1 and must have that vertical part. z covers [-1, 1]. Where a
+/// tangent length grows without bound (z nears -t0.v or -t1.v) the hold turns along t0 or against t1
+/// and u.v - z goes to zero with 1 / T; the residual (u.v - z) T1 T2 / |X - P0|^2 keeps the sign and
+/// the roots and has no such false zero at the ends of the range.
 struct Tvd {
     const Align& g;
     double V5, V6;
@@ -699,7 +713,7 @@ struct Tvd {
         p.u = (1.0 / S) * w;
         p.X = g.X;
         p.H = S - p.T1 - p.T2;
-        r = p.u.v - z;
+        r = (p.u.v - z) * (p.T1 / g.D) * (p.T2 / g.D);
         return true;
     }
     bool candidate(double x, Path& p) const {
@@ -711,22 +725,41 @@ struct Tvd {
         return eval(x, r, p);
     }
     /// The range of x where both tangent lengths are positive: T1 > 0 puts z on the side of
-    /// -t0.v that V5 - P0.tvd gives, T2 > 0 on the side of -t1.v that X.tvd - V6 gives.
-    bool range(double& lo, double& hi) const {
+    /// -t0.v that V5 - P0.tvd gives, T2 > 0 on the side of -t1.v that X.tvd - V6 gives. An end of
+    /// the range where a tangent length grows without bound gets a cluster (into sp, counted by nsp):
+    /// T = c / (z - pole), so the path changes on the scale of the distance from the pole, and a short
+    /// arc of little depth lies close to it.
+    bool range(double& lo, double& hi, Special* sp, int& nsp) const {
         double zlo = -1.0, zhi = 1.0;
+        bool poleLo = false, poleHi = false;
         auto side = [&](double rise, double pole) {
-            if (rise > 0.0)
-                zlo = std::fmax(zlo, pole);
-            else if (rise < 0.0)
-                zhi = std::fmin(zhi, pole);
-            else
+            if (rise > 0.0 && pole > zlo)
+                zlo = pole, poleLo = true;
+            else if (rise < 0.0 && pole < zhi)
+                zhi = pole, poleHi = true;
+            else if (rise == 0.0)
                 zhi = -2.0;
         };
         side(V5 - g.P0.v, -g.t0.v);
         side(g.X.v - V6, -g.t1.v);
         lo = 0.5 * (zlo + 1.0) * X_END;
         hi = 0.5 * (zhi + 1.0) * X_END;
+        if (poleLo) sp[nsp++] = {lo, CLUSTER, AFTER};
+        if (poleHi) sp[nsp++] = {hi, CLUSTER, BEFORE};
         return zlo < zhi;
+    }
+};
+
+/// The hold of the candidates of F as a residual: its roots are the candidates of zero hold.
+template <typename F>
+struct HoldOf {
+    const F& f;
+    bool candidate(double x, Path& p) const { return f.candidate(x, p); }
+    bool operator()(double x, double& r) const {
+        Path p;
+        if (!f.candidate(x, p)) return false;
+        r = p.H;
+        return true;
     }
 };
 
@@ -772,6 +805,51 @@ struct Land {
         r = firstArcGap(g, p, x);
         return true;
     }
+
+    /// Clusters (into sp; returns their number) at the ends of the stretches of x where the branch
+    /// has no candidate, which may be narrower than a step and so stepped over: where the
+    /// discriminant T1^2 - (h - 2R) h is negative (convex in T1, as h = |p0 - T1 p1| is, so one
+    /// stretch around its least value, found by golden section, with its ends by bisection) and, for
+    /// the larger root, where h <= 2R (one stretch, its ends from the quadratic h^2 = 4 R^2).
+    int gaps(Special* sp) const {
+        int n = 0;
+        const double R = 1.0 / K;
+        const Vec3 D = g.X - g.P0;
+        const Vec3 p0 = D - dot(D, g.t1) * g.t1, p1 = g.t0 - dot(g.t0, g.t1) * g.t1;
+        auto disc = [&](double x) {
+            const double T1 = R * halfAngle(x), h = norm(p0 - T1 * p1);
+            return T1 * T1 - (h - 2.0 * R) * h;
+        };
+        auto edge = [&](double in, double out) {
+            for (int pass = 0; pass < EDGE_PASSES; ++pass) {
+                const double mid = 0.5 * (in + out);
+                (disc(mid) < 0.0 ? in : out) = mid;
+            }
+            sp[n++] = {out, CLUSTER, AROUND};
+        };
+        const double gr = 0.3819660112501051;  // (3 - sqrt 5) / 2
+        double lo = 0.0, hi = X_END, m1 = lo + gr * (hi - lo), m2 = hi - gr * (hi - lo);
+        double d1 = disc(m1), d2 = disc(m2);
+        for (int pass = 0; pass < 2 * EDGE_PASSES && d1 >= 0.0 && d2 >= 0.0; ++pass) {
+            if (d1 < d2)
+                hi = m2, m2 = m1, d2 = d1, m1 = lo + gr * (hi - lo), d1 = disc(m1);
+            else
+                lo = m1, m1 = m2, d1 = d2, m2 = hi - gr * (hi - lo), d2 = disc(m2);
+        }
+        const double least = d1 < d2 ? m1 : m2;
+        if (disc(least) < 0.0) {
+            if (disc(0.0) >= 0.0) edge(least, 0.0);
+            if (disc(X_END) >= 0.0) edge(least, X_END);
+        }
+        if (branch == 1) {
+            const double a = dot(p1, p1), b = -dot(p0, p1), c = dot(p0, p0) - 4.0 * R * R;
+            const double q = b * b - a * c;
+            if (a > 0.0 && q > 0.0)
+                for (double T1 : {(-b - std::sqrt(q)) / a, (-b + std::sqrt(q)) / a})
+                    if (T1 > 0.0) sp[n++] = {T1 / (R + T1), CLUSTER, AROUND};
+        }
+        return n;
+    }
 };
 
 /// The scan parameter x (tangent length R tan(d1/2), R = 1/K1) at which the first arc's tangent
@@ -782,7 +860,7 @@ struct Land {
 /// not come that near, when the nearest point is behind the start or the two lines are parallel
 /// (then the distance changes slowly everywhere).
 Special nearestApproach(const Align& g, double K1, double step) {
-    const Special none{0.0, 0, true};
+    const Special none{0.0, 0, AROUND};
     const double c = dot(g.t0, g.t1), den = 1.0 - c * c;
     if (!(den > TOL_ZERO)) return none;
     const Vec3 w = g.X - g.P0;
@@ -794,7 +872,7 @@ Special nearestApproach(const Align& g, double K1, double step) {
     const double gridStep = step / ((1.0 - x) * (1.0 - x) * K1);
     if (!(miss < CLUSTER_NEAR * gridStep)) return none;
     const double levels = miss > 0.0 ? std::ceil(std::log2(gridStep / miss)) + 3.0 : CLUSTER;
-    return {x, static_cast<int>(std::fmin(std::fmax(levels, 1.0), CLUSTER)), true};
+    return {x, static_cast<int>(std::fmin(std::fmax(levels, 1.0), CLUSTER)), AROUND};
 }
 
 /// The shortest valid path of the method, or false when there is none.
@@ -802,12 +880,14 @@ bool solveAlign(const Align& g, const Givens& giv, Path& best) {
     bool found = false;
     double roots[MAX_ROOTS];
     double xs[MAX_SAMPLES];
-    // The scan of f over [xa, xb] in n steps with the special points sp; for a method whose first
+    // The roots of f over [xa, xb] in n steps with the special points sp; for a method whose first
     // arc has a given curvature (`noTurn`) and a range from 0, the cluster after an arc of no turn.
-    auto run = [&](const auto& f, double xa, double xb, int n, Special* sp, int nsp, bool noTurn) {
+    auto scan = [&](const auto& f, double xa, double xb, int n, Special* sp, int nsp, bool noTurn) {
         if (noTurn && xa == 0.0) sp[nsp++] = fromNoTurn(f, g.t0, xb / n);
         const int nx = scanPoints(xa, xb, n, sp, nsp, xs);
-        const int count = findRoots(f, xs, nx, xa, xb, roots);
+        return findRoots(f, xs, nx, xa, xb, roots);
+    };
+    auto judge = [&](const auto& f, int count) {
         for (int i = 0; i < count; ++i) {
             Path p;
             if (f.candidate(roots[i], p) && rebuild(g, giv, p) &&
@@ -817,19 +897,32 @@ bool solveAlign(const Align& g, const Givens& giv, Path& best) {
             }
         }
     };
-    Special sp[3];
+    auto run = [&](const auto& f, double xa, double xb, int n, Special* sp, int nsp, bool noTurn) {
+        judge(f, scan(f, xa, xb, n, sp, nsp, noTurn));
+    };
+    Special sp[MAX_SPECIALS];
     double lo = 0.0, hi = X_END;
     switch (giv.code) {
     case 2910: {
         // The scan spans the holds of zero and more, so that a curve-curve, where the residual
-        // may only touch zero (a fold of the problem), has a sample of its own; when no hold reaches
-        // zero, those that reach -TOL_CLOSE (a curve-curve within the closure) are still looked at.
+        // may only touch zero (a fold of the problem), has a sample of its own. Where the holds
+        // reach zero only over a stretch far shorter than those down to -TOL_CLOSE (the largest
+        // hold is about zero: a fold again), the scan spans the latter, and the points of zero
+        // hold are judged as they are.
         const Chc chc(g, giv.K1, giv.K2);
-        if (!chc.holdRange(0.0, lo, hi) && !chc.holdRange(TOL_CLOSE, lo, hi)) return false;
+        double lo0 = 0.0, hi0 = 0.0;
+        const bool zero = chc.holdRange(0.0, lo0, hi0);
+        if (!chc.holdRange(TOL_CLOSE, lo, hi)) return false;
+        const bool narrow = !zero || hi0 - lo0 < 0.5 * (hi - lo);
+        if (!narrow) lo = lo0, hi = hi0;
         const double step = (hi - lo) / ALIGN_SAMPLES;
         sp[0] = nearestApproach(g, giv.K1, step);
         sp[1] = chc.nearEdge(lo, step);
         run(chc, lo, hi, ALIGN_SAMPLES, sp, 2, true);
+        if (zero && narrow) {
+            roots[0] = lo0, roots[1] = hi0;
+            judge(chc, 2);
+        }
         break;
     }
     case 1940:
@@ -838,9 +931,22 @@ bool solveAlign(const Align& g, const Givens& giv, Path& best) {
         run(Equal{g, giv.H}, lo, hi, FINE_SAMPLES, sp, 0, false);
         break;
     case 2950: {
+        // Where the hold comes to zero the residual may only touch zero, over a stretch far shorter
+        // than a step (the problem folds there, as for 2910): the points of zero hold are scanned for
+        // as well, judged as candidates, and the residual is scanned again around each of them.
         const Tvd tvd{g, giv.V5, giv.V6};
-        if (!tvd.range(lo, hi)) return false;
-        run(tvd, lo, hi, FINE_SAMPLES, sp, 0, false);
+        int nsp = 0;
+        if (!tvd.range(lo, hi, sp, nsp)) return false;
+        run(tvd, lo, hi, FINE_SAMPLES, sp, nsp, false);
+        const HoldOf<Tvd> hold{tvd};
+        const int nh = scan(hold, lo, hi, FINE_SAMPLES, sp, nsp, false);
+        double zeros[MAX_ROOTS];
+        for (int i = 0; i < nh; ++i) zeros[i] = roots[i];
+        judge(hold, nh);
+        const double step = (hi - lo) / FINE_SAMPLES;
+        for (int i = 0; i < nh; ++i)
+            run(tvd, std::fmax(lo, zeros[i] - step), std::fmin(hi, zeros[i] + step), LOCAL_SAMPLES,
+                sp, 0, false);
         break;
     }
     case 1960:
@@ -849,8 +955,9 @@ bool solveAlign(const Align& g, const Givens& giv, Path& best) {
         break;
     case 1950:
         for (int branch = 0; branch < 2; ++branch) {
+            const Land land{g, giv.K1, branch};
             sp[0] = nearestApproach(g, giv.K1, X_END / FINE_SAMPLES);
-            run(Land{g, giv.K1, branch}, 0.0, X_END, FINE_SAMPLES, sp, 1, true);
+            run(land, 0.0, X_END, FINE_SAMPLES, sp, 1 + land.gaps(sp + 1), true);
         }
         break;
     default: break;
