@@ -75,10 +75,10 @@ namespace {
 /// Intervals of the uniform part of the scan over the range where a valid root may lie. The
 /// residuals are smooth there and turn slowly; roots that come closer than one step are caught by
 /// the search at turning points, so the figure sets speed, not what is found.
-constexpr int ALIGN_SAMPLES = 24;
+constexpr int ALIGN_SAMPLES = 16;
 /// Intervals of the methods other than 2910, whose residuals bend more (a landing's quadratic, a
 /// solved curvature) and which no one solves in a tight loop.
-constexpr int FINE_SAMPLES = 4 * ALIGN_SAMPLES;
+constexpr int FINE_SAMPLES = 96;
 /// Intervals of a second scan of the residual over two steps of the first, where 2950's hold comes
 /// to zero.
 constexpr int LOCAL_SAMPLES = 32;
@@ -107,6 +107,10 @@ constexpr int MAX_LEVELS = START_LEVELS;
 constexpr double END_SMALL = 1e-9;
 /// A bracket is closed when it spans no more than this many units in the last place of x.
 constexpr double BRACKET_ULPS = 4.0;
+/// An interpolation step of Brent's method below this many units in the last place of x ends it.
+constexpr double STEP_ULPS = 64.0;
+/// A residual within this many units in the last place of the residuals at a bracket's ends is zero.
+constexpr double NOISE_ULPS = 16.0;
 /// Most roots kept from one scan; no method's residual comes near it.
 constexpr int MAX_ROOTS = 32;
 /// Most special points of one scan: a nearest approach, an arc of no turn and four ends of stretches
@@ -210,6 +214,7 @@ template <typename F>
 struct RootSearch {
     const F& f;
     double* roots;
+    double scale = 0.0;  ///< the largest residual of the scan
     int count = 0;
 
     void add(double x) {
@@ -219,11 +224,14 @@ struct RootSearch {
 
     /// Brent's method on a bracket [a, b], f(a) f(b) < 0: inverse quadratic interpolation and
     /// secant steps, each kept only while it shrinks the bracket fast enough, else bisection; an
-    /// undefined value inside falls back to the bracket's middle. Closed when the residual is exactly
-    /// zero, when the bracket spans BRACKET_ULPS in the last place of x (so the roots of a residual
-    /// that is flat at a double root come out as sharp as its sign allows) or after MAX_PASSES; the
-    /// rebuilt path is judged afterwards whatever the stop.
+    /// undefined value inside falls back to the bracket's middle. Closed when the residual is within
+    /// NOISE_ULPS units in the last place of the larger residual at the bracket's ends (as near zero
+    /// as the residual can be told from it there), when the bracket spans BRACKET_ULPS in the last
+    /// place of x (so the roots of a residual that is flat at a double root come out as sharp as its
+    /// sign allows) or after MAX_PASSES; the rebuilt path is judged afterwards whatever the stop.
     double close(double a, double fa, double b, double fb) const {
+        const double noise = NOISE_ULPS * std::numeric_limits<double>::epsilon() *
+                             (std::fabs(fa) > std::fabs(fb) ? std::fabs(fa) : std::fabs(fb));
         double c = a, fc = fa, d = b - a, e = d;
         for (int pass = 0; pass < MAX_PASSES; ++pass) {
             if ((fb > 0.0) == (fc > 0.0)) {
@@ -239,7 +247,7 @@ struct RootSearch {
                 0.5 * BRACKET_ULPS * std::numeric_limits<double>::epsilon() * std::fabs(b) +
                 std::numeric_limits<double>::min();
             const double m = 0.5 * (c - b);
-            if (!(std::fabs(m) > tol) || fb == 0.0) return b;
+            if (!(std::fabs(m) > tol) || !(std::fabs(fb) > noise)) return b;
             bool interpolated = false;
             if (std::fabs(e) >= tol && std::fabs(fa) > std::fabs(fb)) {
                 double p = 0.0, q = 0.0;
@@ -256,10 +264,15 @@ struct RootSearch {
                     q = -q;
                 else
                     p = -p;
-                if (2.0 * p < std::fmin(3.0 * m * q - std::fabs(tol * q), std::fabs(e * q))) {
+                if (2.0 * p < 3.0 * m * q - std::fabs(tol * q) && 2.0 * p < std::fabs(e * q)) {
                     e = d;
                     d = p / q;
                     interpolated = true;
+                    // An interpolation that moves x by no more than STEP_ULPS in its last place
+                    // has converged (superlinearly): its point is the root.
+                    if (std::fabs(d) <=
+                        STEP_ULPS * std::numeric_limits<double>::epsilon() * std::fabs(b))
+                        return b + d;
                 }
             }
             if (!interpolated) d = e = m;
@@ -364,9 +377,6 @@ struct RootSearch {
         }
         // An end of the range whose residual is as small as rounding leaves it is kept as it is:
         // a double root at a validity bound may not even show a turning point.
-        double scale = 0.0;
-        for (int i = 0; i < n; ++i)
-            if (s[i].ok) scale = std::fmax(scale, std::fabs(s[i].r));
         for (int i = 0; i < n; ++i)
             if (s[i].ok && (s[i].first || s[i].last) && std::fabs(s[i].r) <= END_SMALL * scale)
                 add(s[i].x);
@@ -410,6 +420,7 @@ int findRoots(const F& f, const double* xs, int n, double xa, double xb, double*
         s[i].edge = false;
         s[i].first = xs[i] == xa;
         s[i].last = xs[i] == xb;
+        if (s[i].ok && std::fabs(s[i].r) > search.scale) search.scale = std::fabs(s[i].r);
     }
     search.scan(s, n);
     return search.count;
@@ -543,6 +554,11 @@ struct Chc {
         const double T1 = halfAngle(x) / K1;
         const Vec3 w = w0 + T1 * g.t0;
         return dot(w, w) - 2.0 * R2 * norm(q0 + T1 * q1);
+    }
+    /// The hold L - T1 at x (L = 0 inside the circle).
+    double hold(double x) const {
+        const double L2 = tangent2(x);
+        return (L2 > 0.0 ? std::sqrt(L2) : 0.0) - halfAngle(x) / K1;
     }
     /// The cluster after the start xa of the hold's range when the circle's edge (L = 0) lies close
     /// before it: there L grows as the square root of the distance from the edge, and roots of a
@@ -906,15 +922,17 @@ bool solveAlign(const Align& g, const Givens& giv, Path& best) {
     case 2910: {
         // The scan spans the holds of zero and more, so that a curve-curve, where the residual
         // may only touch zero (a fold of the problem), has a sample of its own. Where the holds
-        // reach zero only over a stretch far shorter than those down to -TOL_CLOSE (the largest
-        // hold is about zero: a fold again), the scan spans the latter, and the points of zero
+        // of that range are all about zero (within 2 TOL_CLOSE in its middle: a fold again, the
+        // range a mere point), the scan spans the holds down to -TOL_CLOSE, and the points of zero
         // hold are judged as they are.
         const Chc chc(g, giv.K1, giv.K2);
         double lo0 = 0.0, hi0 = 0.0;
         const bool zero = chc.holdRange(0.0, lo0, hi0);
-        if (!chc.holdRange(TOL_CLOSE, lo, hi)) return false;
-        const bool narrow = !zero || hi0 - lo0 < 0.5 * (hi - lo);
-        if (!narrow) lo = lo0, hi = hi0;
+        const bool narrow = !zero || !(chc.hold(0.5 * (lo0 + hi0)) > 2.0 * TOL_CLOSE);
+        if (!narrow)
+            lo = lo0, hi = hi0;
+        else if (!chc.holdRange(TOL_CLOSE, lo, hi))
+            return false;
         const double step = (hi - lo) / ALIGN_SAMPLES;
         sp[0] = nearestApproach(g, giv.K1, step);
         sp[1] = chc.nearEdge(lo, step);
