@@ -719,7 +719,7 @@ struct Tvd {
     bool eval(double x, double& r, Path& p) const {
         const double z = 2.0 * x / X_END - 1.0;
         const double den1 = g.t0.v + z, den2 = g.t1.v + z;
-        if (!is_nonzero(den1) || !is_nonzero(den2)) return false;
+        if (den1 == 0.0 || den2 == 0.0) return false;
         p.T1 = (V5 - g.P0.v) / den1;
         p.T2 = (g.X.v - V6) / den2;
         if (!(p.T1 > 0.0 && p.T2 > 0.0)) return false;
