@@ -30,7 +30,8 @@
 //   1940, 2940  T1 free: as 1960 with T1 + H in place of T1; the residual compares the squared
 //         curvatures of the two arcs.
 //   2950  the hold's vertical part z: tvd(A) = P5 gives T1, tvd(B) = P6 gives T2, and u must be the
-//         direction from M1 to M2 = X - T2 t1; residual the difference of the two vertical parts.
+//         direction from M1 to M2 = X - T2 t1; residual the difference of the two vertical parts,
+//         weighted by both tangent lengths (no false zero where one of them grows without bound).
 //   1950  T1 = R tan(d1/2): the second arc from u onto the line, of the same radius, lands where
 //         (h - 2R) tau^2 - 2 T1 tau + h = 0, tau = tan(d2/2) and h the distance from M1 to the line;
 //         both roots are followed.
@@ -47,9 +48,13 @@
 // towards zero, runs into an edge or ends the range close to zero, a search for a hidden pair of
 // roots or a double root. Clusters of samples close in where the residual changes fast: where M1
 // passes close to the arrival line (2910, 1950; the second arc's plane turns over), after an arc of
-// no turn (a pair of roots of very small first arcs) and after the circle's edge (2910; the tangent
-// grows as a square root). Each root is rebuilt from its hold direction alone and kept only when it
-// is valid; the shortest valid path is the solution.
+// no turn (a pair of roots of very small first arcs), after the circle's edge (2910; the tangent
+// grows as a square root), at 2950's poles of a tangent length and at the ends of the stretches
+// where a landing branch has no candidate (they may be narrower than a step). Where the hold comes
+// to zero the problem folds and the residual may only touch zero, over a stretch far shorter than
+// a step: 2910 gives such points a sample of their own, 2950 scans for them and looks again around
+// each. Each root is rebuilt from its hold direction alone and kept only when it is valid; the
+// shortest valid path is the solution.
 //
 // Readings taken where the rules read two ways:
 //   - An arc of given severity may have a zero dogleg (it is a part of zero length); an arc whose
@@ -72,9 +77,10 @@ using namespace orrin;
 
 namespace {
 
-/// Intervals of the uniform part of the scan over the range where a valid root may lie. The
-/// residuals are smooth there and turn slowly; roots that come closer than one step are caught by
-/// the search at turning points, so the figure sets speed, not what is found.
+/// Intervals of the uniform part of 2910's scan, over the range of holds of zero and more (the only
+/// stretch where a valid path lies). The residual is smooth there and turns slowly; roots that come
+/// closer than one step are caught by the search at turning points, so the figure sets speed, not
+/// what is found.
 constexpr int ALIGN_SAMPLES = 16;
 /// Intervals of the methods other than 2910, whose residuals bend more (a landing's quadratic, a
 /// solved curvature) and which no one solves in a tight loop.
@@ -91,13 +97,14 @@ constexpr int PAIR_PASSES = 40;
 /// Bisections that find the edge of the range where a residual is defined, to 1e-14 in the scan's
 /// parameter.
 constexpr int EDGE_PASSES = 46;
-/// Samples on each side of a special point, at 2^-k of a grid step from it: where the first arc's
-/// tangent meeting point passes close to the arrival line, the plane of the second arc turns over
-/// within a short stretch and the roots crowd there.
+/// Most levels of a cluster of samples at 2^-k of a grid step from a special point, where the
+/// residual changes on a far shorter scale than a step and roots crowd: where the first arc's tangent
+/// meeting point passes close to the arrival line (the plane of the second arc turns over), the
+/// circle's edge, a pole of a tangent length, the end of a stretch without candidates.
 constexpr int CLUSTER = 24;
 /// A nearest approach further than this many grid steps (in tangent length) needs no cluster.
 constexpr double CLUSTER_NEAR = 4.0;
-/// Halvings of the first step towards x = 0 (a first arc of nearly no turn), to 2^-40 of the step.
+/// Most levels of the cluster after x = 0 (a first arc of nearly no turn), to 2^-40 of a step.
 constexpr int START_LEVELS = 40;
 /// Most levels of any cluster.
 constexpr int MAX_LEVELS = START_LEVELS;
@@ -156,17 +163,18 @@ struct Path {
     double length = 0.0;        ///< course from P0 to X [L]
 };
 
-/// One value of a residual: where, the value, whether it is defined there, and whether the sample
-/// is an edge of a range where it is defined.
+/// One value of a residual: where, the value, whether it is defined there, whether the sample is
+/// an edge of a range where it is defined, and whether it is an end of the range where roots may lie.
 struct Sample {
     double x, r;
     bool ok, edge;
-    bool first, last;  ///< the start or the end of the range where roots may lie
+    bool first, last;
 };
 
+/// Which sides of a special point its cluster covers.
+enum Sides { BEFORE = 1, AFTER = 2, AROUND = 3 };
 /// A point of the scan to close in on, with samples at 2^-1 ... 2^-levels of a grid step from it
 /// before it, after it or on both sides.
-enum Sides { BEFORE = 1, AFTER = 2, AROUND = 3 };
 struct Special {
     double x = 0.0;
     int levels = 0;
@@ -186,7 +194,7 @@ int scanPoints(double xa, double xb, int n, const Special* sp, int nsp, double* 
     if (xa > 0.0) put(out, count, std::fmax(0.0, xa - step));
     for (int i = 0; i <= n; ++i) put(out, count, i == n ? xb : xa + step * i);
     if (xb < X_END) put(out, count, std::fmin(X_END, xb + step));
-    for (int j = 0; j < nsp; ++j) {
+    for (int j = 0; j < nsp && count > 0; ++j) {
         const Special& c = sp[j];
         if (c.levels <= 0 || !(c.x >= out[0] && c.x <= out[count - 1])) continue;
         double cl[2 * MAX_LEVELS + 1];
@@ -406,9 +414,8 @@ Special fromNoTurn(const F& f, Vec3 t0, double x1) {
 }
 
 /// Every root of f over the points xs[0 .. n) into roots, [xa, xb] the range where roots may lie;
-/// returns their number. The samples are
-/// independent of each other: evaluated first, in one loop, they overlap in the processor (each
-/// alone is a chain of square roots and divisions).
+/// returns their number. The samples are independent of each other: evaluated first, in one loop,
+/// they overlap in the processor (each alone is a chain of square roots and divisions).
 template <typename F>
 int findRoots(const F& f, const double* xs, int n, double xa, double xb, double* roots) {
     RootSearch<F> search{f, roots};
