@@ -879,7 +879,7 @@ struct Land {
 /// meeting point P0 + T1 t0 comes nearest to the line through X along t1, when it comes near enough
 /// for the second arc's plane to turn over between two grid samples (nearer than CLUSTER_NEAR grid
 /// steps of T1 there, `step` the grid step in x), with as many levels of samples as close in from a
-/// grid step to the miss distance and three more (at most CLUSTER). None (x < 0) when the lines do
+/// grid step to the miss distance and three more (at most CLUSTER). None (no levels) when the lines do
 /// not come that near, when the nearest point is behind the start or the two lines are parallel
 /// (then the distance changes slowly everywhere).
 Special nearestApproach(const Align& g, double K1, double step) {
