@@ -22,6 +22,8 @@ constexpr double kPos = 1e-4;      ///< closure of a solved line on its target o
 constexpr double kArc = 1e-6;      ///< an arc's end on its circle, relative to its radius [-]
 constexpr double kAng = 1e-6;      ///< directions [rad]
 constexpr double kShorter = 1e-4;  ///< a solved line is no longer than the one built [L]
+constexpr double kNudge = 1e-3;    ///< how far the plan moves a station that a part of zero
+                                   ///< length leaves on the one before it [L]
 
 struct V {
     double e, n, v;
@@ -72,6 +74,21 @@ SStation tie(V p = {300.0, 200.0, 1500.0}, double inc = 0.6, double azi = 0.4) {
     return s;
 }
 
+/// A path built backwards from its end X, arriving along t1: arc 2, the hold, arc 1. Each arc, run
+/// backwards from its end direction e, starts at e turned by d away from the side m at toolface tf
+/// about e: start direction cos(d) e - sin(d) m, bending towards sin(d) e + cos(d) m. `from` gets
+/// the start.
+Built buildBack(V X, V t1, double d1, double tf1, double R1, double H, double d2, double tf2,
+                double R2, SStation& from) {
+    const V m2 = side(t1, tf2), u = std::cos(d2) * t1 - std::sin(d2) * m2;
+    const V n2 = std::sin(d2) * t1 + std::cos(d2) * m2;
+    const V B = X - R2 * std::sin(d2) * u - R2 * (1.0 - std::cos(d2)) * n2, A = B - H * u;
+    const V m1 = side(u, tf1), t0 = std::cos(d1) * u - std::sin(d1) * m1;
+    const V n1 = std::sin(d1) * u + std::cos(d1) * m1;
+    from = tie(A - R1 * std::sin(d1) * t0 - R1 * (1.0 - std::cos(d1)) * n1, incOf(t0), aziOf(t0));
+    return {A, B, X, t1, d1 * R1 + H + d2 * R2};
+}
+
 /// Settings of one line: the family, the target variant and the method parameters.
 struct Line {
     int family, variant;
@@ -100,6 +117,16 @@ SStation at(const CPlan& p, int i) {
     p.DumpData(i, s);
     return s;
 }
+/// Station i with the depth the line laid it at: a part of zero length ends on the station before
+/// it, and the plan then moves that end kNudge deeper.
+SStation laid(const CPlan& p, int i) {
+    SStation s = at(p, i);
+    if (i == 0) return s;
+    const SStation b = laid(p, i - 1);
+    if (len(pos(s) - pos(b)) < kPos && std::fabs(s.md - at(p, i - 1).md - kNudge) < 1e-9)
+        s.md = b.md;
+    return s;
+}
 
 /// The course from `a` to `b` is a circular arc of its stored severity, tangent at both ends.
 void expectArc(const SStation& a, const SStation& b) {
@@ -116,15 +143,16 @@ void expectArc(const SStation& a, const SStation& b) {
 
 /// Line `l` solved to n stations after the tie-on: arcs and (n = 3) a straight hold, ending at X
 /// with direction t1, the target on the last station only. The settings given are kept: the first
-/// (p1) and last (p2) severity exactly, the tangent (p3) and the hold's depths (p5, p6); 2940 and
-/// 1940 lay both arcs with one severity.
+/// (p1; a landing's both) and last (p2) severity exactly, the tangent (p3) and the hold's depths
+/// (p5, p6); 2940 and 1940 lay both arcs with one severity. An arc of no turn is a part of zero
+/// length and stores no severity.
 void expectLine(const CPlan& p, const Line& l, int code, V X, V t1) {
     const int n = code / 1000 + 1;
-    const SStation s1 = at(p, 1), s2 = at(p, 2), sl = at(p, n);
+    const SStation s1 = laid(p, 1), s2 = laid(p, 2), sl = laid(p, n);
     EXPECT_EQ(s1.method, code);
     EXPECT_TRUE(s1.target.empty() && sl.target == u"T1" && sl.flag);
     expectArc(at(p, 0), s1);
-    expectArc(at(p, n - 1), sl);
+    expectArc(laid(p, n - 1), sl);
     if (n == 3) {
         EXPECT_EQ(s2.method, 1);
         EXPECT_NEAR(len(pos(s2) - pos(s1)), s2.md - s1.md, kPos) << "hold not straight";
@@ -132,13 +160,17 @@ void expectLine(const CPlan& p, const Line& l, int code, V X, V t1) {
     }
     EXPECT_NEAR(len(pos(sl) - X), 0.0, kPos) << "end off the target";
     EXPECT_NEAR(dot(dirOf(sl), t1), 1.0, kAng) << "arrival direction";
-    const double want[] = {l.p1, l.p2, l.p3, l.p5, l.p6};  // settings left zero: not compared
-    const double got[] = {s1.dls, sl.dls, s2.md - s1.md, s1.tvd, s2.tvd};
+    const double pl = code == 1950 ? l.p1 : l.p2;
+    const double want[] = {l.p1, pl, l.p3, l.p5, l.p6};  // settings left zero: not compared
+    const double got[] = {s1.dl > 0.0 ? s1.dls : l.p1, sl.dl > 0.0 ? sl.dls : pl, s2.md - s1.md,
+                          s1.tvd, s2.tvd};
     for (int k = 0; k < 5; ++k) {
         const double tol = k < 2 ? 0.0 : kPos;  // [rad/L] for the severities, else [L]
         EXPECT_NEAR(want[k] != 0.0 ? got[k] : 0.0, want[k], tol) << "setting " << k;
     }
-    EXPECT_NEAR(s1.dls, code == 2940 || code == 1940 ? sl.dls : s1.dls, 1e-12) << "one severity";
+    if ((code == 2940 || code == 1940) && s1.dl > 0.0 && sl.dl > 0.0) {
+        EXPECT_NEAR(s1.dls, sl.dls, 1e-12) << "one severity";
+    }
 }
 
 /// The settings that the method of `code` takes from a built path.
@@ -328,26 +360,41 @@ TEST(OptimumAlign, FailureCodes) {
     }
 }
 
-// Random poses from paths built with arcs of 0.2 to 2.5 rad, holds of 50 to 2000 and radii of 200 to
-// 3000: every method finds the built path or a shorter one.
+// Random poses from paths built backwards from their end: arcs of 1e-4 to 2.5 rad (a third of them
+// below 0.1, on a log scale), holds of zero, of 1e-3 to 10 (a quarter each, on a log scale) and up
+// to 2000, radii of 100 to 5000; a landing ends horizontally on a line through the target, anywhere
+// along it. Every method finds the built path or a shorter one, with every arc of the given severity.
 TEST(OptimumAlign, RandomPosesNoneMissed) {
     std::mt19937 gen(14);
     std::uniform_real_distribution<double> u(0.0, 1.0);
-    for (int k = 0; k < 60; ++k) {
-        for (int code : {2910, 2940, 2950, 1940, 1960, 1970}) {
-            const SStation from = tie({u(gen) * 500, u(gen) * 500, 1000 + u(gen) * 500},
-                                      0.2 + 2.6 * u(gen), 6.2 * u(gen));
-            const double R1 = 200 + 2800 * u(gen);
-            const double R2 = code == 2940 || code == 1940 ? R1 : 200 + 2800 * u(gen);
-            const double H = code > 2000 ? 50 + 1950 * u(gen) : 0.0;
-            const Built b = build(from, 0.2 + 2.3 * u(gen), 6.2 * u(gen), R1, H, 0.2 + 2.3 * u(gen),
-                                  6.2 * u(gen), R2);
+    auto arc = [&] {
+        return u(gen) < 1.0 / 3 ? std::pow(10.0, -4.0 + 3.0 * u(gen)) : 0.1 + 2.4 * u(gen);
+    };
+    auto hold = [&] {
+        const double k = u(gen);
+        return k < 0.25 ? 0.0 : k < 0.5 ? std::pow(10.0, -3.0 + 4.0 * u(gen)) : 2000.0 * u(gen);
+    };
+    for (int k = 0; k < 100; ++k) {
+        for (int code : {2910, 2940, 2950, 1940, 1960, 1970, 1950}) {
+            const bool landing = code == 1950;
+            const V X{u(gen) * 500, u(gen) * 500, 3000 + u(gen) * 500};
+            const V t1 = dir(landing ? M_PI / 2 : std::acos(1.0 - 2.0 * u(gen)), 6.2 * u(gen));
+            const double R1 = 100 + 4900 * u(gen);
+            const double R2 = code == 2940 || code == 1940 || landing ? R1 : 100 + 4900 * u(gen);
+            const double H = code > 2000 ? hold() : 0.0;
+            SStation from;
+            const Built b =
+                buildBack(X, t1, arc(), 6.2 * u(gen), R1, H, arc(), 6.2 * u(gen), R2, from);
             SCOPED_TRACE(testing::Message() << "pose " << k << " code " << code);
             const Line l = settingsOf(code, b, R1, R2, H);
-            const CPlan p = put(from, l, b.X, b.t1);
+            const V target = landing ? X + (2000.0 * u(gen) - 1000.0) * t1 : X;
+            const CPlan p = put(from, l, target, t1);
             ASSERT_EQ(p.m_nError, 0);
-            EXPECT_LE(at(p, code / 1000 + 1).md - from.md, b.md + kShorter);
-            expectLine(p, l, code, b.X, b.t1);
+            const int n = code / 1000 + 1;
+            const V end = pos(at(p, n)), off = end - target;
+            EXPECT_LE(laid(p, n).md - from.md, b.md + kShorter);
+            EXPECT_NEAR(len(off - dot(off, t1) * t1), 0.0, kPos) << "off the target's line";
+            expectLine(p, l, code, landing ? end : target, t1);
         }
     }
 }
