@@ -8,19 +8,20 @@ int CPlan::SolveSurvey(const SStation& tieOn, std::size_t count, const double* m
         return orrin::ERR_UNKNOWN_SOLUTION;
     // One scratch plan holds the working stations; the stations themselves live only in `out`.
     CPlan work;
+    SStation line;
+    line.method = 30;  // "Inc Azi MD"
     for (std::size_t i = 0; i < count; ++i) {
         const SStation& prev = i == 0 ? tieOn : out[i - 1];
         if (!(md[i] > prev.md)) return orrin::ERR_TANGENT_OVERLAP;
-        SStation line;
-        line.md = md[i];
-        line.inc = inc[i];
-        line.azi = azi[i];
-        line.method = 30;  // "Inc Azi MD"
         work.m_stnPrev = prev;
-        work.m_stnC = line;
+        SStation& c = work.m_stnC;
+        c = line;
+        c.md = md[i];
+        c.inc = inc[i];
+        c.azi = azi[i];
         work.m_nError = orrin::ERR_NONE;
         if (!work.firstFamilyStep(-1)) return work.m_nError;
-        out[i] = work.m_stnC;
+        out[i] = c;
     }
     return orrin::ERR_NONE;
 }
