@@ -11,7 +11,10 @@ cmake --build build-fuzz -j "$(nproc)" --target fuzz_plan >/dev/null
 mkdir -p build-fuzz/corpus
 # An input that runs for seconds is a hang (each call is held to 10 ms by the fuzzer itself).
 build-fuzz/fuzz/fuzz_plan -runs=0 -timeout=10 fuzz/corpus
+# ORRIN_FUZZ_SEED fixes libFuzzer's random seed, so that a run can be repeated.
+seed=()
+if [ -n "${ORRIN_FUZZ_SEED:-}" ]; then seed=(-seed="$ORRIN_FUZZ_SEED"); fi
 if [ "$seconds" -gt 0 ]; then
-    build-fuzz/fuzz/fuzz_plan -max_total_time="$seconds" -timeout=10 -artifact_prefix=build-fuzz/ \
-        build-fuzz/corpus fuzz/corpus
+    build-fuzz/fuzz/fuzz_plan "${seed[@]}" -max_total_time="$seconds" -timeout=10 \
+        -artifact_prefix=build-fuzz/ build-fuzz/corpus fuzz/corpus
 fi

@@ -17,4 +17,6 @@ cmake -S . -B build-asan -DCMAKE_BUILD_TYPE=Debug -DORRIN_SANITIZE=ON
 cmake --build build-asan -j "$jobs"
 ctest --test-dir build-asan --output-on-failure -j "$jobs"
 
-scripts/fuzz.sh "${ORRIN_FUZZ_SECONDS:-60}"
+# A fixed seed, so that the minute of fuzzing is the same search each time (ORRIN_FUZZ_SEED= for a
+# new one).
+ORRIN_FUZZ_SEED=${ORRIN_FUZZ_SEED-1} scripts/fuzz.sh "${ORRIN_FUZZ_SECONDS:-60}"
