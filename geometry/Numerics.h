@@ -39,6 +39,9 @@ constexpr double SOLVE_ANG = 1e-10;
 constexpr int MAX_PASSES = 100;
 /// Steps of a bracketing scan over a solver's whole range, before the bisection of a bracket.
 constexpr int SCAN_STEPS = 1000;
+/// Length of each arc of the chain that lays a constant-toolface curve [L]: the curve's shape, not
+/// a tolerance (its interpolation lays the same arcs).
+constexpr double CT_STEP = 1.0;
 
 /// True when x lies outside [-1e-6, 1e-6] (both ends of the band count as zero).
 constexpr bool is_nonzero(double x) {

@@ -11,10 +11,6 @@ using namespace orrin;
 
 namespace {
 
-/// Length of the arcs of which constant_toolface chains its curve [L]; the chain lays no arc in
-/// the first 1.0 past a line's start.
-constexpr double CT_FIRST_ARC = 1.0;
-
 bool isBuildTurn(short code) {
     return code == 105 || code == 115 || code == 125 || code == 135;
 }
@@ -57,7 +53,7 @@ bool CPlan::partAtDepth(int k, double md) {
         btmdint(md, true);
     } else if (!isConstantToolface(code)) {
         mcmdint(md, false);
-    } else if (md - m_stnPrev.md >= CT_FIRST_ARC) {
+    } else if (md - m_stnPrev.md >= CT_STEP) {  // the chain lays no arc in its first CT_STEP
         ctmdint(md, true);
     } else if (md <= m_stnPrev.md) {
         m_stnA = m_stnPrev;

@@ -15,8 +15,6 @@ using namespace orrin;
 
 namespace {
 
-/// Length of each arc of a constant-toolface chain [L].
-constexpr double CT_STEP = 1.0;
 /// Most arcs one constant-toolface walk may lay: 10,000 steps of 1.0 is 10 km in metres or 10,000
 /// ft, longer than any constant-toolface line of a real well (at 1 degree per 100 ft it would turn
 /// through 100 degrees). A walk that would go further (a curve that never reaches its depth or
@@ -65,9 +63,10 @@ void CPlan::walkArcs(double dls, double tf, Judge judge) {
     const SStation s0 = m_stnPrev;
     walkMemoFor(s0, dls, tf);
     double md = s0.md + CT_STEP;
-    bool full = arcsFit(s0.md);  // every arc so far of full length
+    const bool fits = arcsFit(s0.md);
+    bool full = fits;  // every arc so far of full length
     for (long steps = 0;; ++steps) {
-        if (steps >= MAX_CT_STEPS || !arcsFit(s0.md)) {
+        if (steps >= MAX_CT_STEPS || !fits) {
             m_bWalkBounded = true;
             break;
         }
