@@ -156,6 +156,12 @@ TEST(PlanSolving, DepthOrderPassLimitAndInsertPoints) {
         p.PutData(0);
         EXPECT_EQ(p.m_nError, -4);
         EXPECT_EQ(p.ErrorMessage(), u"Line 2: Unknown Solution problem");
+        // "DLS Azi TVD" with no dogleg severity: the arc length DL / K has no value, also -4.
+        p = planFrom(0, 0.2 / kDeg, 0, 0);
+        p.m_nFamily = 90, p.m_nSubMethod = 6;
+        p.m_dAzi = 0.7, p.m_dTVD = 2000, p.m_dDLS = 0.0;
+        p.PutData(-1);
+        EXPECT_EQ(p.m_nError, -4);
     }
     // Solving past an empty insert point fails with -6; filling it solves as if put in order.
     CPlan p = planFrom(0, 0, 0, 0), direct = planFrom(0, 0, 0, 0);
