@@ -1,12 +1,7 @@
-// Optimum align (2910, 2940, 2950, 1940, 1960, 1970) and horizontal landing (1950), through whole
-// plans: the two published cases, paths built from chosen arcs and holds, every failure code, a
-// re-solve and read-back, and random poses.
-//
-// Paths are built here with circle geometry of the test's own: an arc of radius R from p with
-// direction t, bending towards the unit side m (toolface tf: m = cos tf high + sin tf right), ends at
-// p + R sin(d) t + R (1 - cos d) m heading cos(d) t + sin(d) m. A solved line is checked the other
-// way round: each arc's end lies R from its centre, square to its end direction, in its plane, and its
-// course is the arc length; the hold is straight; the line ends on the target with its direction.
+// Optimum align (2910, 2940, 2950, 1940, 1960, 1970) and horizontal landing (1950) through whole
+// plans. Paths are built with circle geometry of the test's own (an arc of radius R bending towards
+// side m turns t into cos(d) t + sin(d) m over p + R sin(d) t + R (1 - cos d) m); a solved line is
+// checked the other way round: each arc on its circle, the hold straight, the end on the target.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -94,14 +89,17 @@ struct Line {
     int family, variant;
     double p1, p2, p3, p4, p5, p6;
 };
+constexpr double CPlan::*kParams[] = {&CPlan::m_dMethodParam1, &CPlan::m_dMethodParam2,
+                                      &CPlan::m_dMethodParam3, &CPlan::m_dMethodParam4,
+                                      &CPlan::m_dMethodParam5, &CPlan::m_dMethodParam6};
 
 CPlan put(const SStation& from, const Line& l, V X, V t1, bool angles = true) {
     CPlan p;
     p.NewData(12);
     p.LoadData(0, from);
     p.m_nFamily = l.family, p.m_nTargetMethod = l.variant;
-    p.m_dMethodParam1 = l.p1, p.m_dMethodParam2 = l.p2, p.m_dMethodParam3 = l.p3;
-    p.m_dMethodParam4 = l.p4, p.m_dMethodParam5 = l.p5, p.m_dMethodParam6 = l.p6;
+    const double* given = &l.p1;
+    for (int k = 0; k < 6; ++k) p.*kParams[k] = given[k];
     p.m_target.name = u"T1", p.m_target.flag = true, p.m_target.hasAngles = angles;
     p.m_target.ew = X.e, p.m_target.ns = X.n, p.m_target.tvd = X.v;
     p.m_target.inc = incOf(t1), p.m_target.azi = aziOf(t1);
@@ -190,8 +188,7 @@ Line settingsOf(int code, const Built& b, double R1, double R2, double H) {
 /// stations (the line's own settings, not the stray transfer fields of the edit).
 void expectReSolveAndReadBack(CPlan p, const Line& l, int n) {
     const SStation before = at(p, n);
-    p.m_dMethodParam1 = p.m_dMethodParam2 = p.m_dMethodParam3 = 7.0;
-    p.m_dMethodParam4 = p.m_dMethodParam5 = p.m_dMethodParam6 = 7.0;
+    for (auto m : kParams) p.*m = 7.0;
     p.m_nFamily = 20, p.m_nSubMethod = 1, p.m_dMD = before.md + 300.0;  // a hold after it
     p.PutData(-1);
     ASSERT_EQ(p.m_nError, 0);
@@ -200,10 +197,9 @@ void expectReSolveAndReadBack(CPlan p, const Line& l, int n) {
     p.GetData(1);
     EXPECT_EQ(p.m_nFamily, l.family);
     EXPECT_EQ(p.m_nTargetMethod, l.variant);
-    const double want[] = {l.p1, l.p2, l.p3, l.p4, l.p5, l.p6};  // settings left zero: not compared
-    const double got[] = {p.m_dMethodParam1, p.m_dMethodParam2, p.m_dMethodParam3,
-                          p.m_dMethodParam4, p.m_dMethodParam5, p.m_dMethodParam6};
-    for (int k = 0; k < 6; ++k) EXPECT_EQ(want[k] != 0.0 ? got[k] : 0.0, want[k]) << "p" << k + 1;
+    const double* want = &l.p1;  // settings left zero: not compared
+    for (int k = 0; k < 6; ++k)
+        EXPECT_EQ(want[k] != 0.0 ? p.*kParams[k] : 0.0, want[k]) << "p" << k + 1;
 }
 
 }  // namespace
@@ -224,8 +220,7 @@ TEST(OptimumAlign, PublishedCurveHoldCurve) {
 }
 
 // SPE-204111-PA (2021), Example 4: "HZ Landing" with radius 469.94 on the line through (0, 0,
-// 3280.8) at azimuth 340; the published landing point and arcs, through a whole plan and through
-// meth_horlanc alone, which lays the landing into m_stnA and m_stnC without touching the plan.
+// 3280.8) at azimuth 340; the published landing point and arcs.
 TEST(OptimumAlign, PublishedLanding) {
     const SStation from = tie({-81.72, 167.78, 3293.92}, 82 * kDeg, 328 * kDeg);
     const Line l{140, 0, 1.0 / 469.94, 0, 0, 340 * kDeg, 0, 0};
@@ -240,18 +235,6 @@ TEST(OptimumAlign, PublishedLanding) {
     EXPECT_NEAR(at(p, 1).dl / kDeg, 30.774, 0.0005);
     EXPECT_NEAR(s2.dl / kDeg, 16.385, 0.0005);
     expectLine(p, l, 1950, pos(s2), dir(M_PI / 2, 340 * kDeg));
-
-    CPlan q;
-    q.NewData(5);
-    q.LoadData(0, from);
-    q.DumpData(0, q.m_stnPrev);
-    q.m_target.tvd = 3280.8, q.m_target.ns = q.m_target.ew = 0.0;
-    ASSERT_EQ(q.meth_horlanc(1.0 / 469.94, 340 * kDeg), 0);
-    EXPECT_NEAR(q.m_stnC.ns, 533.30, 0.005);
-    EXPECT_NEAR(q.m_stnA.dl / kDeg, 30.774, 0.0005);
-    EXPECT_EQ(q.m_nPrev, 0);
-    EXPECT_EQ(at(q, 1).method, 0);
-    EXPECT_EQ(q.meth_horlanc(0.0, 1.0), -1);
 }
 
 // Paths built from chosen arcs and holds, their end taken as the target: each method finds that
@@ -263,11 +246,9 @@ TEST(OptimumAlign, KnownPaths) {
         int code;
         double d1, tf1, R1, H, d2, tf2, R2;
     } rows[] = {
-        {"2910 build then turn left", 2910, 0.5, 0.3, 1200, 800, 0.7, -1.6, 900},
         {"2910 long arcs, short hold", 2910, 2.6, 2.0, 500, 5, 2.4, -0.5, 700},
         {"2910 drop back past vertical", 2910, 1.2, M_PI, 600, 300, 0.3, 1.0, 1500},
         {"2940 tangent of 600", 2940, 0.8, 1.0, 900, 600, 0.4, 2.5, 900},
-        {"2940 long arcs", 2940, 2.2, -0.7, 400, 150, 2.0, 0.9, 400},
         {"2950 depths of the hold", 2950, 0.6, 0.2, 1000, 900, 0.9, -2.0, 700},
         {"1940 S-curve", 1940, 0.7, 0.5, 800, 0, 1.1, 2.8, 800},
         {"1960 first arc given", 1960, 1.0, -1.0, 600, 0, 0.5, 1.2, 1400},
@@ -287,32 +268,6 @@ TEST(OptimumAlign, KnownPaths) {
     }
 }
 
-// A landing built from two arcs of one radius onto a horizontal direction, aimed at another point of
-// the same line (either side of the landing): found, on the line, no longer than built, and kept
-// through a re-solve.
-TEST(OptimumAlign, LandingAnywhereOnTheLine) {
-    const SStation from = tie({0.0, 0.0, 2000.0}, 1.1, 0.2);
-    const double R = 800.0, azi = 1.3;
-    const V t1 = dir(M_PI / 2, azi);
-    const Built a = build(from, 0.3, 1.2, R, 0.0, 0.0, 0.0, R);
-    const V u = a.t1, w = t1 - dot(u, t1) * u;
-    const double d2 = std::acos(dot(u, t1));
-    const V X = a.X + R * std::sin(d2) * u + R * (1 - std::cos(d2)) * ((1.0 / len(w)) * w);
-    for (double shift : {-700.0, 0.0, 1500.0}) {
-        SCOPED_TRACE(shift);
-        const Line l{140, 0, 1.0 / R, 0, 0, azi, 0, 0};
-        const CPlan p = put(from, l, X + shift * t1, t1);
-        ASSERT_EQ(p.m_nError, 0);
-        const SStation end = at(p, 2);
-        const V off = pos(end) - X;
-        EXPECT_NEAR(len(off - dot(off, t1) * t1), 0.0, kPos) << "not on the line";
-        EXPECT_EQ(end.tvd, X.v);
-        expectLine(p, l, 1950, pos(end), t1);
-        EXPECT_LE(end.md - from.md, 0.3 * R + d2 * R + kShorter);
-        expectReSolveAndReadBack(p, l, 2);
-    }
-}
-
 // Every failure code, in the order the methods test them; a failing line leaves the plan as it was.
 TEST(OptimumAlign, FailureCodes) {
     const SStation from = tie(), flat = tie(pos(from), M_PI / 2, from.azi);
@@ -324,22 +279,17 @@ TEST(OptimumAlign, FailureCodes) {
         Line line;
         V X, t1;
         int error;
-        bool angles = true;
-        const SStation* start = nullptr;
+        bool angles = true, flatStart = false;  // a horizontal start heading along the line
     } rows[] = {
         {"2910 no arrival angles", {110, 1, 1e-3, 1e-3, 0, 0, 0, 0}, far, t1, -16, false},
         {"2910 target on the start", {110, 1, 1e-3, 1e-3, 0, 0, 0, 0}, pos(from), t1, -12},
         {"2910 DLS1 zero", {110, 1, 0, 1e-3, 0, 0, 0, 0}, far, t1, -1},
         {"2910 DLS2 zero", {110, 1, 1e-3, 0, 0, 0, 0, 0}, far, t1, -2},
-        {"2910 too gentle", {110, 1, 1e-5, 1e-5, 0, 0, 0, 0}, near, t1, -1},
         {"2940 tangent negative", {110, 4, 0, 0, -5, 0, 0, 0}, far, t1, -13},
-        {"2940 tangent too long", {110, 4, 0, 0, 5000, 0, 0, 0}, far, t1, -13},
         {"2950 depths unreachable", {110, 5, 0, 0, 0, 0, 900, 800}, far, t1, -17},
         {"1940 no curve needed", {110, 8, 0, 0, 0, 0, 0, 0}, ahead, t0, -12},
-        {"1960 DLS1 zero", {110, 6, 0, 0, 0, 0, 0, 0}, far, t1, -1},
         {"1960 no curve needed", {110, 6, 1e-3, 0, 0, 0, 0, 0}, ahead, t0, -12},
         {"1960 too gentle", {110, 6, 2e-6, 0, 0, 0, 0, 0}, near, t1, -1},
-        {"1970 DLS2 zero", {110, 7, 0, 0, 0, 0, 0, 0}, far, t1, -2},
         {"1970 no curve needed", {110, 7, 0, 1e-3, 0, 0, 0, 0}, ahead, t0, -12},
         {"1970 too gentle", {110, 7, 0, 2e-6, 0, 0, 0, 0}, near, t1, -2},
         {"1950 DLS zero", {140, 0, 0, 0, 0, from.azi, 0, 0}, far, t1, -1},
@@ -349,11 +299,11 @@ TEST(OptimumAlign, FailureCodes) {
          t1,
          -12,
          true,
-         &flat},
+         true},
     };
     for (const auto& r : rows) {
         SCOPED_TRACE(r.name);
-        const CPlan p = put(r.start ? *r.start : from, r.line, r.X, r.t1, r.angles);
+        const CPlan p = put(r.flatStart ? flat : from, r.line, r.X, r.t1, r.angles);
         EXPECT_EQ(p.m_nError, r.error);
         EXPECT_EQ(p.m_nPrev, 0);
         EXPECT_EQ(p.m_nFirst, 1);
