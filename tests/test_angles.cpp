@@ -131,25 +131,16 @@ TEST(VerticalSection, ProjectionAndCourseToSection) {
     EXPECT_NEAR(p.GetVS(3.0, 4.0), 0.0, kLenTol);
     EXPECT_NEAR(p.GetVS(3.0 + 10.0 * std::cos(0.6), 4.0 + 10.0 * std::sin(0.6)), 10.0, kLenTol);
 
-    // Section azimuth north, origin at 0; from (0, 0) to vertical section 10. The sine of the course
-    // azimuth moves the first output and its cosine the second.
-    struct Row {
-        const char* name;
-        double azi, t, out1, out2;
-    };
-    const Row rows[] = {
-        {"exactly 90 degrees right: refused", HALF_PI, -1.0, 7.0, 7.0},
-        {"100 degrees left: negative distance", -100.0 * PI / 180.0, -57.58770483143635,
-         56.71281819617709, 10.0},
-    };
+    // Section north from 0; a course from (0, 0) to section 10 runs 10 / cos(azi), its sine moving
+    // the first output and its cosine the second; exactly 90 degrees off is refused.
     p.SetVS(0.0, 0.0, 0.0);
-    for (const Row& r : rows) {
-        SCOPED_TRACE(r.name);
-        double out1 = 7.0, out2 = 7.0;
-        EXPECT_NEAR(p.GetVSPoint(10.0, 0.0, 0.0, r.azi, out1, out2), r.t, kLenTol);
-        EXPECT_NEAR(out1, r.out1, kLenTol);
-        EXPECT_NEAR(out2, r.out2, kLenTol);
-    }
+    double out1 = 7.0, out2 = 7.0;
+    EXPECT_NEAR(p.GetVSPoint(10.0, 0.0, 0.0, HALF_PI, out1, out2), -1.0, kLenTol);
+    EXPECT_EQ(out1, 7.0);
+    const double left = -100.0 * PI / 180.0, t = 10.0 / std::cos(left);  // negative distance
+    EXPECT_NEAR(p.GetVSPoint(10.0, 0.0, 0.0, left, out1, out2), t, kLenTol);
+    EXPECT_NEAR(out1, t * std::sin(left), kLenTol);
+    EXPECT_NEAR(out2, 10.0, kLenTol);
 }
 
 }  // namespace

@@ -88,69 +88,51 @@ TEST(Storage, SizesIndicesAndCopies) {
     EXPECT_EQ(q.m_stations[39].method, 0);
 }
 
-TEST(Storage, InsertOrdinaryAndBackward) {
-    CPlan p = planOf({30, 1910, 1, 30});
-    p.Insert(3, false);  // inside a two-station line: the point goes before the line
-    EXPECT_EQ(p.m_nError, 0);
-    EXPECT_EQ(codes(p), (std::vector<short>{30, 9999, 1910, 1, 30}));
-    EXPECT_EQ(p.m_nFirst, 2);
-    EXPECT_EQ(p.m_nPrev, 1);
-
-    // A backward line goes after the last station of a two-station line: that station is doubled,
-    // the copy, keeping its depth, becoming the backward line's end.
-    CPlan b = planOf({1910, 1, 30});
-    b.m_stations[2].dls = 0.01;
-    b.Insert(2, true);
-    EXPECT_EQ(b.m_nError, 0);
-    EXPECT_EQ(codes(b), (std::vector<short>{1910, 1, -20, 30}));
-    EXPECT_EQ(b.m_stations[2].target, CPlan::K_BACKTARGET);
-    EXPECT_EQ(b.m_stations[3].md, 200.0);
-    EXPECT_EQ(b.m_nFirst, 2);
-    EXPECT_EQ(b.m_nPrev, 1);
-}
-
-// Refusals set their code (lines out of the array none) and leave the plan as it was.
-TEST(Storage, InsertAndDeleteRefusals) {
+// Insert and delete by line: the codes after, and the error (refusals leave the plan as it was,
+// lines out of the array set none). Delete re-solves the plan; the solve is tested with the solver.
+TEST(Storage, InsertAndDelete) {
+    enum Op { INSERT, BACKWARD, DELETE };
+    constexpr int ANY = 1;  // the error of a re-solve, not checked here
     const struct {
         const char* name;
-        bool insert;
-        int line, error;
-    } rows[] = {
-        {"insert before the tie line", true, 0, -6}, {"insert at a backward line", true, 2, -6},
-        {"delete the tie line", false, 0, -5},       {"insert past the array", true, 500, 0},
-        {"delete a negative line", false, -4, 0},
-    };
-    for (const auto& r : rows) {
-        SCOPED_TRACE(r.name);
-        CPlan p = planOf({30, -20, 30});
-        p.m_nError = 99;
-        if (r.insert)
-            p.Insert(r.line, false);
-        else
-            p.Delete(r.line);
-        EXPECT_EQ(p.m_nError, r.error);
-        EXPECT_EQ(codes(p), (std::vector<short>{30, -20, 30}));
-        EXPECT_EQ(p.m_stations.size(), 24u);
-    }
-}
-
-// Delete re-solves the plan afterwards; the solve's outcome is tested with the solver.
-TEST(Storage, DeleteTakesContinuationsAndFollowingBackwardLines) {
-    const struct {
-        const char* name;
+        Op op;
         std::vector<short> before;
         int line;
         std::vector<short> after;
+        int error;
     } rows[] = {
-        {"asked at a continuation", {30, 1910, 1, 50}, 3, {30, 50}},
-        {"2001+ takes backward lines", {2910, 1, 1, -20, -10, 30}, 1, {30}},
-        {"below 2001 keeps them", {1910, 1, -20, 30}, 1, {-20, 30}},
-        {"continuations of the line before stay", {1910, 1, 30, 40}, 3, {1910, 1, 40}},
+        {"point before its line", INSERT, {30, 1910, 1, 30}, 3, {30, 9999, 1910, 1, 30}, 0},
+        {"backward after a two-station line", BACKWARD, {1910, 1, 30}, 2, {1910, 1, -20, 30}, 0},
+        {"insert before the tie line", INSERT, {30, -20, 30}, 0, {30, -20, 30}, -6},
+        {"insert at a backward line", INSERT, {30, -20, 30}, 2, {30, -20, 30}, -6},
+        {"delete the tie line", DELETE, {30, -20, 30}, 0, {30, -20, 30}, -5},
+        {"insert past the array", INSERT, {30, -20, 30}, 500, {30, -20, 30}, 0},
+        {"delete a negative line", DELETE, {30, -20, 30}, -4, {30, -20, 30}, 0},
+        {"delete at a continuation", DELETE, {30, 1910, 1, 50}, 3, {30, 50}, ANY},
+        {"2001+ takes backward lines", DELETE, {2910, 1, 1, -20, -10, 30}, 1, {30}, ANY},
+        {"below 2001 keeps them", DELETE, {1910, 1, -20, 30}, 1, {-20, 30}, ANY},
+        {"the line before keeps its own", DELETE, {1910, 1, 30, 40}, 3, {1910, 1, 40}, ANY},
     };
     for (const auto& r : rows) {
         SCOPED_TRACE(r.name);
         CPlan p = planOf(r.before);
-        p.Delete(r.line);
+        p.m_nError = 99;
+        if (r.op == DELETE)
+            p.Delete(r.line);
+        else
+            p.Insert(r.line, r.op == BACKWARD);
         EXPECT_EQ(codes(p), r.after);
+        if (r.error != ANY) {
+            EXPECT_EQ(p.m_nError, r.error);
+        }
+        if (r.error == 0 && r.op != DELETE && r.line < 100) {
+            EXPECT_EQ(p.m_nFirst, 2);
+            EXPECT_EQ(p.m_nPrev, 1);
+        }
     }
+    // The backward line's end is a copy of the line's last station, keeping its depth.
+    CPlan b = planOf({1910, 1, 30});
+    b.Insert(2, true);
+    EXPECT_EQ(b.m_stations[2].target, CPlan::K_BACKTARGET);
+    EXPECT_EQ(b.m_stations[3].md, 200.0);
 }
