@@ -11,6 +11,7 @@ struct AnglesTag;
 template <>
 struct PlanAccess<AnglesTag> {
     static constexpr auto tarvec = &CPlan::tarvec;
+    static constexpr auto lasvec = &CPlan::lasvec;
     static constexpr auto getfo = &CPlan::getfo;
     static constexpr auto hdls2daz = &CPlan::hdls2daz;
     static constexpr auto daz2hdls = &CPlan::daz2hdls;
@@ -38,6 +39,7 @@ TEST(Angles, WrapsWithOneCorrectionAndAzimuthOfAVector) {
     const Row rows[] = {
         {"getdaz(-pi) is pi", CPlan::getdaz(-PI), PI},
         {"getdaz(3.5 pi): one correction", CPlan::getdaz(3.5 * PI), 1.5 * PI},
+        {"deltaz(2 pi) is 0", CPlan::deltaz(2.0 * PI), 0.0},
         {"deltaz(-pi/2) is 1.5 pi", CPlan::deltaz(-HALF_PI), 1.5 * PI},
         {"deltaz(-2.5 pi): one correction", CPlan::deltaz(-2.5 * PI), -0.5 * PI},
         {"tangle: both inside the zero band", CPlan::tangle(1e-6, -1e-6), 0.0},
@@ -52,6 +54,10 @@ TEST(Angles, WrapsWithOneCorrectionAndAzimuthOfAVector) {
 }
 
 TEST(Angles, Vectors) {
+    double x = 0.0, y = 0.0, z = 1e-7;
+    EXPECT_EQ(CPlan::normalize(x, y, z), 0.0);
+    EXPECT_EQ(z, 1e-7);  // too short to divide
+
     double e, n, v;  // a 3-4-12 box of diagonal 13
     EXPECT_NEAR(CPlan::canvec(1.0, 2.0, 3.0, 13.0, 5.0, 7.0, e, n, v), 13.0, kLenTol);
     EXPECT_NEAR(e, 4.0 / 13.0, kLenTol);
@@ -65,6 +71,11 @@ TEST(Angles, Vectors) {
     EXPECT_NEAR(n, 0.3, kLenTol);
     EXPECT_EQ((p.*Angles::tarvec)(0, 0, 0.0, 3.0, 4.0, e, n, v), 0.0);
     EXPECT_EQ(v, 1.0);
+
+    p.m_stnA.tvd = 100.0;
+    EXPECT_NEAR((p.*Angles::lasvec)(100.0, 0.0, -10.0), 10.0, kLenTol);  // due west, level
+    EXPECT_NEAR(p.m_stnA.inc, HALF_PI, kAngTol);
+    EXPECT_NEAR(p.m_stnA.azi, 1.5 * PI, kAngTol);
 }
 
 TEST(Angles, ToolfaceAndDogleg) {
@@ -123,6 +134,9 @@ TEST(Angles, TurnModels) {
 
     p.m_bHorizontalTurn = true;  // a vertical start turns as the plain model
     EXPECT_NEAR((p.*Angles::hdls2daz)(0.001, 100.0, 1e-6, 0.002), 0.1, kAngTol);
+    // No course, or no rate to turn with: nothing to divide by, 0 back.
+    EXPECT_EQ((p.*Angles::daz2hdls)(0.1, -5.0, 0.5, 0.002), 0.0);
+    EXPECT_EQ((p.*Angles::dazhdls2md)(0.1, 1e-6, 0.5, 0.002), 0.0);
 }
 
 TEST(VerticalSection, ProjectionAndCourseToSection) {

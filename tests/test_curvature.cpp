@@ -151,6 +151,13 @@ TEST(Curvature, RadcurRatesAndToolface) {
     EXPECT_NEAR(p.m_stnC.dls, std::sqrt(de * de + dn * dn + dv * dv), kRateTol);
     EXPECT_NEAR(p.m_stnC.tf, std::atan2(buildPart, de * std::cos(am) - dn * std::sin(am)), kAngTol);
 
+    // The vertical tests are exact: inclinations of 1e-9 keep their own azimuths.
+    p.m_stnPrev = at({0, 1e-9, 1});
+    p.m_stnC = at({100, 1e-9, 2});
+    Curv::radcur(p);
+    EXPECT_EQ(p.m_stnPrev.azi, 1.0);
+    EXPECT_EQ(p.m_stnC.azi, 2.0);
+
     // A course shorter than the zero band copies the start station whole.
     p.m_stnPrev = at({500, 0.3, 0.2}, {1, 2, 3});
     p.m_stnPrev.method = 30, p.m_stnPrev.target = u"T1";
