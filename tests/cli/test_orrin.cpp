@@ -410,13 +410,10 @@ TEST(CliAlign, NoPathNamesTheSmallestSeverity) {
 TEST(CliMethods, ListsEveryMethodOfTheLibrary) {
     const Result r = runOrrin("methods");
     ASSERT_EQ(r.code, 0);
-    for (int code : {10,   20,   30,   40,   50,   51,   60,   80,   100,  101,  105,  110,  111,
-                     115,  120,  121,  125,  130,  131,  135,  140,  150,  160,  180,  910,  920,
-                     925,  930,  935,  1910, 1915, 1920, 1930, 1935, 1940, 1950, 1960, 1970, 2910,
-                     2925, 2930, 2940, 2950, 1100, 1300, -10,  -20,  -30,  -40,  -50,  -60}) {
+    for (int code = -60; code < 3000; ++code) {  // every named line and profile but the tie line
         const std::u16string w = CPlan::GetNameFromMethod(code);
         const std::string name(w.begin(), w.end());
-        ASSERT_FALSE(name.empty()) << code;
+        if (name.empty() || code == 0 || code == 2) continue;
         bool listed = false;  // as a whole name: after a space, before a space, comma or line end
         for (std::size_t p = r.out.find(name); p != std::string::npos && !listed;
              p = r.out.find(name, p + 1)) {
