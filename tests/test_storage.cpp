@@ -39,6 +39,7 @@ std::vector<short> codes(const CPlan& p) {
 
 }  // namespace
 
+// Sizes, bad indices that touch nothing, targets, copies, save and restore, and growth by 20.
 TEST(Storage, SizesIndicesAndCopies) {
     CPlan p;
     EXPECT_EQ(p.GetSize(), 1u);  // the tie-on counts even before it exists
