@@ -61,38 +61,46 @@ CPlan load(const In& in) {
 
 }  // namespace
 
-// The branches that the round trips below cannot reach: vertical and horizontal ends, flat turns,
-// wraps across north, and solve12's course.
-TEST(Solvers, HandGeometry) {
+// The branches that the round trips below cannot reach (vertical and horizontal ends, flat turns,
+// wraps across north, solve12's course), then every failure. A solver never clears an error
+// already set.
+TEST(Solvers, HandGeometryAndFailures) {
     const struct {
         const char* name;
         int solver, side;
         In in;
-        Out out;
+        Out out;  // null for a failure
         double expected;
     } rows[] = {
-        {"1 straight off vertical", 1, 0, {5e-7, 0, 1.2e-6, deg(200), 0, 0, 0, 0}, TF, 0.0},
         {"1 from vertical, A2 < 0", 1, 0, {0, 0, deg(30), deg(-160), 0, 0, 0, 0}, TF, deg(200)},
-        {"1 pure drop", 1, 0, {deg(30), deg(40), deg(10), deg(40), 0, 0, 0, 0}, TF, PI_},
         {"1 flat left turn", 1, 0, {deg(90), deg(20), deg(90), deg(350), 0, 0, 0, 0}, TF, -PI_ / 2},
         {"2 across north", 2, 0, {deg(90), deg(350), deg(90), deg(20), 0, 0, 0, 0}, DL, deg(30)},
         {"3 vertical: A2 = TF", 3, 0, {0, deg(90), 0, 0, deg(25), deg(200), 0, 0}, AZI, deg(200)},
-        {"3 nearly vertical", 3, 0, {1e-9, deg(90), 0, 0, deg(25), deg(200), 0, 0}, AZI, deg(290)},
         {"6 flat on horizontal", 6, 0, {deg(90), 0, 0, deg(30), 0, deg(90), 0, 0}, INC, deg(90)},
         {"8 flat left", 8, 1, {deg(90), deg(350), deg(90), 0, deg(30), 0, 0, 0}, AZI, deg(320)},
         {"10 end vertical", 10, 0, {deg(30), 0, 0, 0, 0, deg(90), 0, 0}, DL, deg(30)},
-        {"10 start vertical", 10, 0, {0, 0, deg(25), 0, 0, deg(90), 0, 0}, DL, deg(25)},
-        // solve12: the course from the end directions and the depth change.
-        {"12 hold", 12, 0, {deg(60), deg(40), deg(60), deg(40), 0, 0, 0, 500}, COURSE, 1000},
         {"12 quarter circle", 12, 0, {0, 0, deg(90), deg(70), 0, 0, 0, 1000}, COURSE, 500 * PI_},
+        {"6 pure build cannot turn", 6, 0, {deg(30), 0, 0, deg(30), 0, 0, 0, 0}, nullptr, -8},
+        {"8 vertical start", 8, 0, {0, 0, deg(30), 0, deg(30), 0, 0, 0}, nullptr, -1},
+        {"9 beyond the dogleg", 9, 0, {deg(30), 0, 0, deg(90), deg(10), 0, 0, 0}, nullptr, -1},
+        {"10 no inc change", 10, 0, {deg(60), 0, deg(60), 0, 0, deg(90), 0, 0}, nullptr, -14},
+        {"11 zero curvature", 11, 0, {deg(30), 0, 0, 0, 0, 0, 0, 300}, nullptr, -1},
+        {"11 deeper than the radius", 11, 0, {0, 0, 0, 0, 0, 0, 1e-3, 1500}, nullptr, -17},
+        {"12 horizontal", 12, 0, {deg(90), deg(10), deg(90), deg(10), 0, 0, 0, 100}, nullptr, -7},
+        {"13 below vertical",
+         13,
+         0,
+         {deg(30), deg(40), 0, deg(40), 0, 0, 1e-3, 5000},
+         nullptr,
+         -18},
     };
     for (const auto& r : rows) {
         SCOPED_TRACE(r.name);
         CPlan p = load(r.in);
-        p.m_nError = -4;  // an error already set is never cleared
+        p.m_nError = r.out ? -4 : 0;
         Solvers::solve(p, r.solver, r.side);
-        EXPECT_EQ(p.m_nError, -4);
-        EXPECT_NEAR(p.m_stnC.*r.out, r.expected, r.out == COURSE ? LEN_TOL : ANG_TOL);
+        EXPECT_EQ(p.m_nError, r.out ? -4 : static_cast<int>(r.expected));
+        if (r.out) EXPECT_NEAR(p.m_stnC.*r.out, r.expected, r.out == COURSE ? LEN_TOL : ANG_TOL);
     }
 }
 
@@ -103,8 +111,7 @@ TEST(Solvers, RoundTripsThroughOneArc) {
         double I1, A1, DL, TF;
     } arcs[] = {{deg(30), deg(40), deg(20), deg(60)},
                 {deg(60), deg(300), deg(45), deg(-150)},
-                {deg(100), deg(10), deg(30), deg(150)},
-                {deg(45), deg(180), deg(35), deg(-30)}};
+                {deg(100), deg(10), deg(30), deg(150)}};
     for (const auto& a : arcs) {
         SCOPED_TRACE(testing::Message() << "arc from " << a.I1 << " DL " << a.DL << " TF " << a.TF);
         CPlan p = load({a.I1, a.A1, 0, 0, a.DL, a.TF, 0, 0});
@@ -158,7 +165,6 @@ TEST(Solvers, Solve11ReachesTheDepth) {
     } rows[] = {{"quarter circle", 0, 0, 1000, deg(90)},
                 {"smaller arc kept: 30 to asin 0.8", deg(30), 0, 300, std::atan2(4, 3) - deg(30)},
                 {"only the first root: drop from horizontal", deg(90), PI_, 500, deg(60)},
-                {"only the second root", deg(50), 0, -100, X},
                 {"smaller arc refused", deg(115), deg(105), -100, X}};
     for (const auto& r : rows) {
         SCOPED_TRACE(r.name);
@@ -173,45 +179,4 @@ TEST(Solvers, Solve11ReachesTheDepth) {
             EXPECT_NEAR(dl, r.DL, ANG_TOL);
         }
     }
-}
-
-TEST(Solvers, Failures) {
-    const struct {
-        const char* name;
-        int solver;
-        In in;
-        int error;
-    } rows[] = {
-        {"6 pure build cannot turn", 6, {deg(30), 0, 0, deg(30), 0, 0, 0, 0}, -8},
-        {"6 flat turn against the toolface", 6, {deg(90), 0, 0, deg(330), 0, deg(90), 0, 0}, -8},
-        {"8 vertical start", 8, {0, 0, deg(30), 0, deg(30), 0, 0, 0}, -1},
-        {"9 azimuth beyond the dogleg", 9, {deg(30), 0, 0, deg(90), deg(10), 0, 0, 0}, -1},
-        {"9 horizontal start turning 90", 9, {deg(90), 0, 0, deg(90), deg(90), 0, 0, 0}, -1},
-        {"10 no change of inclination", 10, {deg(60), 0, deg(60), 0, 0, deg(90), 0, 0}, -14},
-        {"10 negative inclination", 10, {deg(60), 0, -0.1, 0, 0, PI_, 0, 0}, -14},
-        {"10 toolface cannot drop", 10, {deg(60), 0, deg(30), 0, 0, deg(90), 0, 0}, -14},
-        {"11 zero curvature", 11, {deg(30), 0, 0, 0, 0, 0, 0, 300}, -1},
-        {"11 deeper than the radius", 11, {0, 0, 0, 0, 0, 0, 1e-3, 1500}, -17},
-        {"11 upwards from vertical", 11, {0, 0, 0, 0, 0, 0, 1e-3, -500}, -17},
-        {"12 horizontal", 12, {deg(90), deg(10), deg(90), deg(10), 0, 0, 0, 100}, -7},
-        {"12 ends average horizontal", 12, {deg(60), 0, deg(120), 0, 0, 0, 0, 100}, -7},
-        {"13 below a vertical end", 13, {deg(30), deg(40), 0, deg(40), 0, 0, 1e-3, 5000}, -18},
-        {"13 above every end", 13, {deg(30), deg(40), 0, deg(40), 0, 0, 1e-3, -5000}, -18},
-    };
-    for (const auto& r : rows) {
-        SCOPED_TRACE(r.name);
-        CPlan p = load(r.in);
-        Solvers::solve(p, r.solver, 0);
-        EXPECT_EQ(p.m_nError, r.error);
-    }
-    // solve10 leaves no dogleg; solve13 stops on its first scan point, the vertical end, and does
-    // not keep its dogleg.
-    CPlan p = load({deg(60), 0, deg(60), 0, 1.0, deg(90), 0, 0});
-    Solvers::solve(p, 10, 0);
-    EXPECT_EQ(p.m_stnC.dl, 0.0);
-    p = load({deg(30), deg(40), 0, deg(40), 7.0, 0, 1e-3, 5000});
-    Solvers::solve(p, 13, 0);
-    EXPECT_EQ(p.m_stnC.inc, 0.0);
-    EXPECT_NEAR(p.m_stnC.md, 1000 * deg(30), LEN_TOL);
-    EXPECT_EQ(p.m_stnC.dl, 7.0);
 }

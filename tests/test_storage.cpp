@@ -9,8 +9,6 @@
 struct StorageTag;
 template <>
 struct PlanAccess<StorageTag> {
-    static void addone(CPlan& p, int i) { p.addone(i); }
-    static void delone(CPlan& p, int i) { p.delone(i); }
     static void resize(CPlan& p) { p.resize(); }
 };
 using Storage = PlanAccess<StorageTag>;
@@ -41,46 +39,23 @@ std::vector<short> codes(const CPlan& p) {
 
 }  // namespace
 
-TEST(Storage, SizesAndNewData) {
+// Sizes, bad indices that touch nothing, targets, copies, save and restore, and growth by 20.
+TEST(Storage, SizesIndicesAndCopies) {
     CPlan p;
     EXPECT_EQ(p.GetSize(), 1u);  // the tie-on counts even before it exists
     p.NewData(-5);
     EXPECT_EQ(p.m_stations.size(), 20u);  // room for 20 more than asked, a negative asking none
-    EXPECT_EQ(planOf({30, 1, 30}).GetSize(), 4u);
     EXPECT_EQ(planOf({30, 0, 30}).GetSize(), 2u);  // the plan ends at the first code 0
 
-    // NewData clears the stations but keeps their direction cache, dogleg and aux values.
-    SStation s = station(5.0, 30);
-    s.inc = s.tvd = s.ns = s.dls = s.turn = 1.0;
-    s.ue = 0.1, s.un = 0.2, s.uv = 0.3, s.aux1 = 4.0, s.aux2 = 5.0, s.dl = 6.0;
-    s.target = u"T", s.flag = true;
-    p.LoadData(1, s);
-    p.NewData(2);
-    const SStation& r = p.m_stations[1];
-    for (double v : {r.md, r.inc, r.tvd, r.ns, r.dls, r.turn}) EXPECT_EQ(v, 0.0);
-    EXPECT_EQ(r.method, 0);
-    EXPECT_TRUE(r.target.empty());
-    EXPECT_FALSE(r.flag);
-    EXPECT_EQ((std::vector<double>{r.ue, r.un, r.uv, r.aux1, r.aux2, r.dl}),
-              (std::vector<double>{0.1, 0.2, 0.3, 4.0, 5.0, 6.0}));
-}
-
-TEST(Storage, LoadDumpAndBadIndices) {
-    CPlan p = planOf({30});
-    EXPECT_EQ(p.m_nPrev, 1);
-    SStation out = station(-1.0, 77);
-    p.DumpData(1, out);
-    EXPECT_EQ(out.md, 100.0);
-    for (int bad : {-1, 22}) {
+    p = planOf({30, 40});
+    for (int bad : {-1, 23}) {  // nothing read or written, cursor untouched
         SCOPED_TRACE(bad);
         SStation keep = station(-1.0, 77);
         p.DumpData(bad, keep);
         EXPECT_EQ(keep.md, -1.0);
-        p.LoadData(bad, station(9.0, 9));  // does nothing, cursor untouched
-        EXPECT_EQ(p.m_nPrev, 1);
+        p.LoadData(bad, station(9.0, 9));
+        EXPECT_EQ(p.m_nPrev, 2);
     }
-    EXPECT_EQ(p.m_stations.size(), 22u);
-
     p.NewTarget(2);
     STarget t;
     t.name = u"T1", t.tvd = 3000.0;
@@ -89,45 +64,21 @@ TEST(Storage, LoadDumpAndBadIndices) {
     EXPECT_TRUE(p.m_targets[0].name.empty());
     p.NewTarget(3);  // growing keeps the targets there
     EXPECT_EQ(p.m_targets[1].tvd, 3000.0);
-}
 
-TEST(Storage, CopyAssignSaveRestoreClear) {
-    CPlan a = planOf({30, 40});
-    a.m_dMD = 12.0;
-    a.m_walk.push_back({100.0, 0.001});
-    CPlan b(a), c;
-    c = a;
-    for (const CPlan* p : {&b, &c}) {
-        EXPECT_EQ(p->m_dMD, 12.0);
-        EXPECT_EQ(p->m_walk.size(), 1u);
-        EXPECT_EQ(codes(*p), (std::vector<short>{30, 40}));
+    p.m_walk.push_back({100.0, 0.001});
+    CPlan b(p), c;
+    c = p;
+    for (const CPlan* q : {&b, &c}) {
+        EXPECT_EQ(q->m_walk.size(), 1u);
+        EXPECT_EQ(codes(*q), (std::vector<short>{30, 40}));
     }
-    a.SaveData();
-    a.m_stations[1].md = 55.0;
-    a.RestoreData();
-    EXPECT_EQ(a.m_stations[1].md, 100.0);
-    a.NewTarget(1);
-    a.m_walkStations.resize(3);
-    a.ClearAll();
-    EXPECT_TRUE(a.m_stations.empty() && a.m_saved.empty() && a.m_targets.empty() &&
-                a.m_walkStations.empty());
-    EXPECT_EQ(a.m_walk.size(), 1u);  // the walk table is the client's
-}
-
-TEST(Storage, AddoneDeloneAndResize) {
-    CPlan p;
-    p.NewData(0);  // 20 stations
-    for (int i = 0; i < 20; ++i) p.m_stations[i].md = i;
-    Storage::addone(p, 18);  // the last station is overwritten
-    Storage::addone(p, 19);  // nothing when i > length - 2, or negative
-    Storage::addone(p, -3);
-    EXPECT_EQ(p.m_stations.size(), 20u);
-    EXPECT_EQ(p.m_stations[19].md, 18.0);
-    Storage::delone(p, 0);
-    Storage::delone(p, 19);  // nothing past the end, or negative
-    Storage::delone(p, -1);
-    EXPECT_EQ(p.m_stations.size(), 19u);
-    EXPECT_EQ(p.m_stations[0].md, 1.0);
+    p.SaveData();
+    p.m_stations[1].md = 55.0;
+    p.RestoreData();
+    EXPECT_EQ(p.m_stations[1].md, 100.0);
+    p.ClearAll();
+    EXPECT_TRUE(p.m_stations.empty() && p.m_saved.empty() && p.m_targets.empty());
+    EXPECT_EQ(p.m_walk.size(), 1u);  // the walk table is the client's
 
     CPlan q = planOf(std::vector<short>(13, 30));  // 14 used of 34
     Storage::resize(q);
@@ -138,73 +89,51 @@ TEST(Storage, AddoneDeloneAndResize) {
     EXPECT_EQ(q.m_stations[39].method, 0);
 }
 
-TEST(Storage, InsertOrdinaryAndBackward) {
-    CPlan p = planOf({30, 1910, 1, 30});
-    p.Insert(3, false);  // inside a two-station line: the point goes before the line
-    EXPECT_EQ(p.m_nError, 0);
-    EXPECT_EQ(codes(p), (std::vector<short>{30, 9999, 1910, 1, 30}));
-    EXPECT_EQ(p.m_nFirst, 2);
-    EXPECT_EQ(p.m_nLast, 2);
-    EXPECT_EQ(p.m_nPrev, 1);
-
-    // A backward line goes after the last station of a two-station line: that station is doubled,
-    // the copy, keeping its depth, becoming the backward line's end.
-    CPlan b = planOf({1910, 1, 30});
-    b.m_stations[2].dls = 0.01;
-    b.Insert(2, true);
-    EXPECT_EQ(b.m_nError, 0);
-    EXPECT_EQ(codes(b), (std::vector<short>{1910, 1, -20, 30}));
-    EXPECT_EQ(b.m_stations[2].target, CPlan::K_BACKTARGET);
-    EXPECT_EQ(b.m_stations[3].dls, 0.0);
-    EXPECT_EQ(b.m_stations[3].md, 200.0);
-    EXPECT_EQ(b.m_nFirst, 2);
-    EXPECT_EQ(b.m_nPrev, 1);
-}
-
-// Refusals set their code (lines out of the array none) and leave the plan as it was.
-TEST(Storage, InsertAndDeleteRefusals) {
+// Insert and delete by line: the codes after, and the error (refusals leave the plan as it was,
+// lines out of the array set none). Delete re-solves the plan; the solve is tested with the solver.
+TEST(Storage, InsertAndDelete) {
+    enum Op { INSERT, BACKWARD, DELETE };
+    constexpr int ANY = 1;  // the error of a re-solve, not checked here
     const struct {
         const char* name;
-        bool insert;
-        int line, error;
-    } rows[] = {
-        {"insert before the tie line", true, 0, -6}, {"insert at a backward line", true, 2, -6},
-        {"delete the tie line", false, 0, -5},       {"insert past the array", true, 500, 0},
-        {"insert at a negative line", true, -4, 0},  {"delete past the array", false, 500, 0},
-        {"delete a negative line", false, -4, 0},
-    };
-    for (const auto& r : rows) {
-        SCOPED_TRACE(r.name);
-        CPlan p = planOf({30, -20, 30});
-        p.m_nError = 99;
-        if (r.insert)
-            p.Insert(r.line, false);
-        else
-            p.Delete(r.line);
-        EXPECT_EQ(p.m_nError, r.error);
-        EXPECT_EQ(codes(p), (std::vector<short>{30, -20, 30}));
-        EXPECT_EQ(p.m_stations.size(), 24u);
-    }
-}
-
-// Delete re-solves the plan afterwards; the solve's outcome is tested with the solver.
-TEST(Storage, DeleteTakesContinuationsAndFollowingBackwardLines) {
-    const struct {
-        const char* name;
+        Op op;
         std::vector<short> before;
         int line;
         std::vector<short> after;
+        int error;
     } rows[] = {
-        {"asked at a continuation", {30, 1910, 1, 50}, 3, {30, 50}},
-        {"2001+ takes backward lines", {2910, 1, 1, -20, -10, 30}, 1, {30}},
-        {"below 2001 keeps them", {1910, 1, -20, 30}, 1, {-20, 30}},
-        {"continuations of the line before stay", {1910, 1, 30, 40}, 3, {1910, 1, 40}},
-        {"the last line", {30, 40}, 2, {30}},
+        {"point before its line", INSERT, {30, 1910, 1, 30}, 3, {30, 9999, 1910, 1, 30}, 0},
+        {"backward after a two-station line", BACKWARD, {1910, 1, 30}, 2, {1910, 1, -20, 30}, 0},
+        {"insert before the tie line", INSERT, {30, -20, 30}, 0, {30, -20, 30}, -6},
+        {"insert at a backward line", INSERT, {30, -20, 30}, 2, {30, -20, 30}, -6},
+        {"delete the tie line", DELETE, {30, -20, 30}, 0, {30, -20, 30}, -5},
+        {"insert past the array", INSERT, {30, -20, 30}, 500, {30, -20, 30}, 0},
+        {"delete a negative line", DELETE, {30, -20, 30}, -4, {30, -20, 30}, 0},
+        {"delete at a continuation", DELETE, {30, 1910, 1, 50}, 3, {30, 50}, ANY},
+        {"2001+ takes backward lines", DELETE, {2910, 1, 1, -20, -10, 30}, 1, {30}, ANY},
+        {"below 2001 keeps them", DELETE, {1910, 1, -20, 30}, 1, {-20, 30}, ANY},
+        {"the line before keeps its own", DELETE, {1910, 1, 30, 40}, 3, {1910, 1, 40}, ANY},
     };
     for (const auto& r : rows) {
         SCOPED_TRACE(r.name);
         CPlan p = planOf(r.before);
-        p.Delete(r.line);
+        p.m_nError = 99;
+        if (r.op == DELETE)
+            p.Delete(r.line);
+        else
+            p.Insert(r.line, r.op == BACKWARD);
         EXPECT_EQ(codes(p), r.after);
+        if (r.error != ANY) {
+            EXPECT_EQ(p.m_nError, r.error);
+        }
+        if (r.error == 0 && r.op != DELETE && r.line < 100) {
+            EXPECT_EQ(p.m_nFirst, 2);
+            EXPECT_EQ(p.m_nPrev, 1);
+        }
     }
+    // The backward line's end is a copy of the line's last station, keeping its depth.
+    CPlan b = planOf({1910, 1, 30});
+    b.Insert(2, true);
+    EXPECT_EQ(b.m_stations[2].target, CPlan::K_BACKTARGET);
+    EXPECT_EQ(b.m_stations[3].md, 200.0);
 }

@@ -12,16 +12,26 @@ namespace {
 
 constexpr double kDeg = 3.141592653589793 / 180.0;
 
-/// A smooth well: vertical, a build through 90 degrees to 95 with a slow turn, then a hold.
-void syntheticSurvey(std::size_t n, std::vector<double>& md, std::vector<double>& inc,
-                     std::vector<double>& azi) {
-    for (std::size_t i = 0; i < n; ++i) {
-        const double s = 30.0 * (i + 1);
-        md.push_back(s);
-        inc.push_back(s < 600 ? 0.0 : std::fmin(95.0, (s - 600) * 2.5 / 30) * kDeg);
-        azi.push_back(std::fmod(40.0 + 0.01 * s, 360.0) * kDeg);
+/// A smooth well of n stations from a vertical tie-on at 0: vertical, a build through 90 degrees
+/// to 95 with a slow turn, then a hold; solved by SolveSurvey into `out`.
+struct Survey {
+    std::vector<double> md, inc, azi;
+    SStation tie;
+    std::vector<SStation> out;
+    explicit Survey(std::size_t n) : out(n) {
+        for (std::size_t i = 0; i < n; ++i) {
+            const double s = 30.0 * (i + 1);
+            md.push_back(s);
+            inc.push_back(s < 600 ? 0.0 : std::fmin(95.0, (s - 600) * 2.5 / 30) * kDeg);
+            azi.push_back(std::fmod(40.0 + 0.01 * s, 360.0) * kDeg);
+        }
+        tie.method = 2;
     }
-}
+    int solve() {
+        return CPlan::SolveSurvey(tie, n(), md.data(), inc.data(), azi.data(), out.data());
+    }
+    std::size_t n() const { return md.size(); }
+};
 
 bool sameBits(double a, double b) {
     return std::memcmp(&a, &b, sizeof a) == 0;
@@ -30,47 +40,28 @@ bool sameBits(double a, double b) {
 }  // namespace
 
 TEST(Survey, SameStationsAsThePlanToTheLastBit) {
-    std::vector<double> md, inc, azi;
-    syntheticSurvey(90, md, inc, azi);
-    SStation tie;
-    tie.method = 2;
-    std::vector<SStation> out(md.size());
-    ASSERT_EQ(CPlan::SolveSurvey(tie, md.size(), md.data(), inc.data(), azi.data(), out.data()), 0);
-
+    Survey sv(90);
+    ASSERT_EQ(sv.solve(), 0);
     CPlan plan;
-    plan.NewData(static_cast<int>(md.size()));
-    plan.LoadData(0, tie);
+    plan.NewData(static_cast<int>(sv.n()));
+    plan.LoadData(0, sv.tie);
     plan.m_nFamily = 90;
     plan.m_nSubMethod = 1;
-    for (std::size_t i = 0; i < md.size(); ++i) {
-        plan.m_dMD = md[i];
-        plan.m_dInc = inc[i];
-        plan.m_dAzi = azi[i];
+    for (std::size_t i = 0; i < sv.n(); ++i) {
+        plan.m_dMD = sv.md[i], plan.m_dInc = sv.inc[i], plan.m_dAzi = sv.azi[i];
         plan.PutData(-1);
         ASSERT_EQ(plan.m_nError, 0);
     }
-    for (std::size_t i = 0; i < md.size(); ++i) {
+    for (std::size_t i = 0; i < sv.n(); ++i) {
         SCOPED_TRACE(i);
         SStation p;
         plan.DumpData(static_cast<int>(i) + 1, p);
-        const SStation& s = out[i];
-        for (auto [a, b] : {std::pair{p.md, s.md},
-                            {p.inc, s.inc},
-                            {p.azi, s.azi},
-                            {p.tvd, s.tvd},
-                            {p.ns, s.ns},
-                            {p.ew, s.ew},
-                            {p.dls, s.dls},
-                            {p.tf, s.tf},
-                            {p.build, s.build},
-                            {p.turn, s.turn},
-                            {p.ue, s.ue},
-                            {p.un, s.un},
-                            {p.uv, s.uv},
-                            {p.aux1, s.aux1},
-                            {p.aux2, s.aux2},
-                            {p.dl, s.dl}})
-            EXPECT_TRUE(sameBits(a, b)) << a << " vs " << b;
+        const SStation& s = sv.out[i];
+        for (double SStation::*f : {&SStation::md, &SStation::inc, &SStation::azi, &SStation::tvd,
+                                    &SStation::ns, &SStation::ew, &SStation::dls, &SStation::tf,
+                                    &SStation::build, &SStation::turn, &SStation::ue, &SStation::un,
+                                    &SStation::uv, &SStation::aux1, &SStation::aux2, &SStation::dl})
+            EXPECT_TRUE(sameBits(p.*f, s.*f)) << p.*f << " vs " << s.*f;
         EXPECT_EQ(p.method, s.method);
         EXPECT_EQ(p.target, s.target);
         EXPECT_EQ(p.flag, s.flag);
@@ -89,25 +80,19 @@ TEST(Survey, DepthsThatDoNotRiseStopTheSurvey) {
     EXPECT_EQ(out[2].method, 0);  // not written
     tie.md = 100;                 // the first station not beyond the tie-on
     EXPECT_EQ(CPlan::SolveSurvey(tie, 4, md, inc, azi, out.data()), -10);
-    EXPECT_EQ(CPlan::SolveSurvey(tie, 0, nullptr, nullptr, nullptr, nullptr), 0);
     EXPECT_EQ(CPlan::SolveSurvey(tie, 2, md, nullptr, azi, out.data()), -4);
 }
 
+// A well past horizontal turns its depth back: the first part holding a depth is not the last one,
+// and the batch's bisection must find the same part as the walk from the top.
 TEST(Survey, ManyPointsAtOnceAreThePointsOneByOne) {
-    // A well that goes past horizontal, so its depth turns back: the first part holding a depth is
-    // not the last one, and the batch's bisection must find the same part as the walk from the top.
-    std::vector<double> md, inc, azi;
-    syntheticSurvey(400, md, inc, azi);
-    std::vector<SStation> out(md.size());
-    SStation tie;
-    tie.method = 2;
-    ASSERT_EQ(CPlan::SolveSurvey(tie, md.size(), md.data(), inc.data(), azi.data(), out.data()), 0);
+    Survey sv(400);
+    ASSERT_EQ(sv.solve(), 0);
     CPlan plan;
-    plan.NewData(static_cast<int>(md.size()));
-    plan.LoadData(0, tie);
-    for (std::size_t i = 0; i < out.size(); ++i) plan.LoadData(static_cast<int>(i) + 1, out[i]);
-    for (int q :
-         {CPlan::PLAN_MD, CPlan::PLAN_TVD, CPlan::PLAN_NORTH, CPlan::PLAN_EAST, CPlan::PLAN_INC}) {
+    plan.NewData(static_cast<int>(sv.n()));
+    plan.LoadData(0, sv.tie);
+    for (std::size_t i = 0; i < sv.n(); ++i) plan.LoadData(static_cast<int>(i) + 1, sv.out[i]);
+    for (int q : {CPlan::PLAN_MD, CPlan::PLAN_TVD, CPlan::PLAN_NORTH, CPlan::PLAN_INC}) {
         SCOPED_TRACE(q);
         std::vector<double> values;
         for (int i = -3; i < 60; ++i) values.push_back(i * (q == CPlan::PLAN_INC ? 0.03 : 230.0));
