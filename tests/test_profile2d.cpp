@@ -240,25 +240,3 @@ TEST(Profile2D, SolverChecksAndAcceptanceBound) {
         EXPECT_EQ(p.m_nError, r.error);
     }
 }
-
-// Laying out the parts: an inclined start lined up, toolfaces (a drop is pi), a hold of -0.005
-// written as 0.01.
-TEST(Profile2D, LayoutDetails) {
-    {
-        SCOPED_TRACE("inclined start 0.0009 rad off: laid along the target azimuth");
-        const CPlan p = putProfile(true, kInclinedS.with(3, 40.0 * kDeg), 3, 4, 0.2, X, X, 0.0009);
-        ASSERT_EQ(p.m_nError, 0);
-        const double tf[] = {0.0, 0.0, 0.0, M_PI, 0.0};  // hold, build, hold, drop, hold
-        for (int i = 1; i <= 5; ++i) {
-            EXPECT_NEAR(at(p, i).azi, 2.0, 1e-12) << "station " << i;
-            EXPECT_EQ(at(p, i).tf, tf[i - 1]) << "station " << i;
-        }
-        EXPECT_EQ(at(p, 0).azi, 2.0009);
-    }
-    {
-        SCOPED_TRACE("tangent solved to -0.005: a hold of 0.01");
-        const CPlan p = putProfile(false, kSlant.with(4, -0.005), 1, 4);
-        ASSERT_EQ(p.m_nError, 0);
-        EXPECT_NEAR(at(p, 3).md - at(p, 2).md, 0.01, 1e-9);
-    }
-}

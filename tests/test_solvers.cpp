@@ -100,7 +100,9 @@ TEST(Solvers, HandGeometryAndFailures) {
         p.m_nError = r.out ? -4 : 0;
         Solvers::solve(p, r.solver, r.side);
         EXPECT_EQ(p.m_nError, r.out ? -4 : static_cast<int>(r.expected));
-        if (r.out) EXPECT_NEAR(p.m_stnC.*r.out, r.expected, r.out == COURSE ? LEN_TOL : ANG_TOL);
+        if (r.out) {
+            EXPECT_NEAR(p.m_stnC.*r.out, r.expected, r.out == COURSE ? LEN_TOL : ANG_TOL);
+        }
     }
 }
 

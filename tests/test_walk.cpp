@@ -141,23 +141,6 @@ TEST(Walk, OtherLinesKeepTheirOwnShape) {
     }
 }
 
-// The walked position recorded is that of the walk line's own station, even when the line after it
-// is cut at a table depth straight away; only the walk line's station carries the walk target.
-TEST(Walk, WalkedPositionIsTheWalkLinesOwn) {
-    CPlan p = loaded({kTie});
-    put(p, 20, 1200.0);
-    put(p, 20, 2000.0);
-    p.SetWalkTable({{1200.0, kRate}});
-    p.m_nWalkLine = 1;
-    p.m_strWalkTarget = u"T1";
-    Walk::wlkpro(p);
-    ASSERT_EQ(p.m_nWalkStations, 4);
-    EXPECT_EQ(p.m_walkStations[2].method, 115);
-    EXPECT_EQ(p.m_walkStations[1].target, u"T1");
-    EXPECT_EQ(p.m_dWalkedNS, p.m_walkStations[1].ns);
-    EXPECT_EQ(p.m_dWalkedTVD, p.m_walkStations[1].tvd);
-}
-
 // Failures. A straight line that cannot reach the next table depth: -17 (the depth relation's sine
 // is 1 or more) or -18 (the depth is reached behind the start), and the walk stops at once. -16:
 // nothing to aim at: a flagged target, a backward line's start or a one-station line's target.
@@ -198,32 +181,6 @@ TEST(Walk, FailuresAndTheirCodes) {
         p.SetWalkTable({{0.0, kRate}});
         p.CalcWalk();
         EXPECT_EQ(p.m_nError, -16);
-    }
-}
-
-// Nothing to walk with: the plan, the walked profile and m_nError stay as they were.
-TEST(Walk, NoTableEntryInUseChangesNothing) {
-    struct Row {
-        const char* name;
-        Table table;
-        int entries;
-    } rows[] = {
-        {"no entries in use", {{0.0, kRate}}, 0},
-        {"entries counted but none stored", {}, 3},
-    };
-    for (const Row& r : rows) {
-        SCOPED_TRACE(r.name);
-        CPlan p = loaded({kTie});
-        put(p, 20, 2000.0);
-        const SStation line = p.m_stations[1];
-        p.m_walk = r.table;
-        p.m_nWalkEntries = r.entries;
-        p.m_nError = -7;
-        p.CalcWalk();
-        EXPECT_EQ(p.m_nError, -7);
-        EXPECT_EQ(p.m_nWalkStations, 0);
-        EXPECT_EQ(p.GetSize(), 2u);
-        EXPECT_EQ(p.m_stations[1].md, line.md);
     }
 }
 
